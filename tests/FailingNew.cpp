@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "FailingNew.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr long kNever = -1;
+long liveBlocks = 0;
+long untilFailure = kNever;
+
+void* Allocate(std::size_t bytes) {
+  if (untilFailure == 0) {
+    untilFailure = kNever;
+    throw std::bad_alloc();
+  }
+  if (untilFailure > 0) --untilFailure;
+  void* block = std::malloc(bytes == 0 ? 1 : bytes);
+  if (block == nullptr) throw std::bad_alloc();
+  ++liveBlocks;
+  return block;
+}
+
+void Release(void* block) noexcept {
+  if (block == nullptr) return;
+  --liveBlocks;
+  std::free(block);
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) { return Allocate(bytes); }
+void* operator new[](std::size_t bytes) { return Allocate(bytes); }
+void operator delete(void* block) noexcept { Release(block); }
+void operator delete[](void* block) noexcept { Release(block); }
+void operator delete(void* block, std::size_t) noexcept { Release(block); }
+void operator delete[](void* block, std::size_t) noexcept { Release(block); }
+
+namespace FailingNew {
+
+long LiveBlocks() { return liveBlocks; }
+
+int ForEachAllocation(const std::function<std::function<void()>()>& setUp,
+                      const std::function<void(bool failed)>& check) {
+  for (long nth = 0;; ++nth) {
+    const std::function<void()> operation = setUp();
+    bool failed = false;
+    untilFailure = nth;
+    try {
+      operation();
+    } catch (const std::bad_alloc&) {
+      failed = true;
+    }
+    // An operation may also handle the failure itself; then it is still a failure that came.
+    const bool came = untilFailure == kNever;
+    untilFailure = kNever;
+    check(failed);
+    if (!came) return static_cast<int>(nth);
+  }
+}
+
+}  // namespace FailingNew

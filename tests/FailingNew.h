@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#ifndef ZELCONFUTILS_TESTS_FAILING_NEW_H
+#define ZELCONFUTILS_TESTS_FAILING_NEW_H
+
+#include <functional>
+
+/// Replaces the global `operator new` of the test program that links FailingNew.cpp, so that one
+/// chosen allocation throws `std::bad_alloc` and every block is counted.
+namespace FailingNew {
+
+/// Blocks that are allocated and not yet released.
+long LiveBlocks();
+
+/// Runs `setUp` once for each allocation that the function it returns makes, with that
+/// allocation failing, until a run needs none that fails. After each run `check(failed)` is
+/// called, `failed` telling whether the operation threw `std::bad_alloc`. Returns the number of
+/// allocations that were made to fail.
+int ForEachAllocation(const std::function<std::function<void()>()>& setUp,
+                      const std::function<void(bool failed)>& check);
+
+}  // namespace FailingNew
+
+#endif
