@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+#include "ConfigFile.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "config/ConfigEntry.h"
+#include "config/EntryOperations.h"
+#include "config/EntrySyntax.h"
+#include "config/FileAccess.h"
+#include "config/HeldContent.h"
+#include "config/Release.h"
+#include "config/Walk.h"
+#include "platform/Text.h"
+
+namespace Configuration {
+
+ConfigFile::ConfigFile() = default;
+
+// Behind the delegation the object counts as built: whatever throws, the destructor cleans up.
+ConfigFile::ConfigFile(const char* source, bool create, bool readOnlyMode, bool fromBuffer,
+                       const char* separatorToken, const char* commentToken, const char* prefix)
+    : ConfigFile() {
+  lines = new ConfigLineList;
+  entries = new ConfigEntryList;
+  cursor = new ConfigEntryPosition;
+  fileLock = new FileLock;
+  if (!fromBuffer) path = Text::Duplicate(source);
+  separator = Text::Duplicate(separatorToken);
+  separatorLength = std::strlen(separator);
+  comment = Text::Duplicate(commentToken);
+  linePrefix = Text::Duplicate(prefix != nullptr ? prefix : "");
+  linePrefixLength = std::strlen(linePrefix);
+  lineBuffer = new char[EntrySyntax::kWorkBufferBytes];
+  tailBuffer = new char[EntrySyntax::kWorkBufferBytes];
+  readOnly = readOnlyMode;
+  createIfMissing = create;
+  if (source == nullptr) return;
+  if (fromBuffer) {
+    AttachToBuffer(source, nullptr);
+    return;
+  }
+  FileAccess::RequireDirectory(path);
+  Read();
+  Load();
+}
+
+ConfigFile::~ConfigFile() { Tidy(); }
+
+ConfigFile& ConfigFile::operator=(const ConfigFile& other) = default;
+
+void ConfigFile::Tidy() {
+  Release(lines);
+  Release(entries);
+  Release(cursor);
+  Release(fileLock);
+  Release(path);
+  Release(separator);
+  Release(comment);
+  Release(linePrefix);
+  Release(lineBuffer);
+  Release(tailBuffer);
+}
+
+void ConfigFile::Read() {
+  try {
+    FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing);
+  } catch (const ConfigException&) {
+    Tidy();
+    throw;
+  }
+}
+
+bool ConfigFile::Save(bool coalesced, const char* target) {
+  try {
+    return FileAccess::Save(*lines, *fileLock, path, coalesced, target);
+  } catch (const ConfigException&) {
+    Tidy();
+    throw;
+  }
+}
+
+void ConfigFile::Load() {
+  const std::string_view separatorView(separator, separatorLength);
+  const std::string_view commentView(comment);
+  auto& lineList = lines->Lines();
+  for (auto line = lineList.begin(); line != lineList.end(); ++line) {
+    const std::string_view text = (*line).View();
+    if (EntrySyntax::IsComment(text, commentView)) continue;
+    const std::size_t separatorAt = EntrySyntax::Find(text, separatorView);
+    if (separatorAt == EntrySyntax::kNone) continue;
+    EntryEdit::AppendParsed(*entries, lineList.PositionOf(line), separatorAt, separatorLength);
+  }
+  *cursor = entries->First();
+}
+
+void ConfigFile::Reload() {
+  if (path == nullptr) return;
+  HeldContent held(*lines, *entries, *cursor, afterDelete);
+  try {
+    ClearAll();
+    Read();
+    Load();
+  } catch (const std::bad_alloc&) {
+    held.PutBack();
+    throw;
+  }
+}
+
+void ConfigFile::ClearAll() {
+  afterDelete = false;
+  lines->Clear();
+  entries->Clear();
+  *cursor = entries->End();
+}
+
+bool ConfigFile::AttachToBuffer(const char* text, const char* newPath) {
+  HeldContent held(*lines, *entries, *cursor, afterDelete);
+  std::unique_ptr<char[]> formerPath(std::exchange(path, nullptr));
+  try {
+    ClearAll();
+    path = Text::Duplicate(newPath);
+    if (!FileAccess::CutIntoLines(text, *lines)) return false;
+    Load();
+    return true;
+  } catch (const std::bad_alloc&) {
+    held.PutBack();
+    Release(path);
+    path = formerPath.release();
+    throw;
+  }
+}
+
+bool ConfigFile::SaveToBuffer(char* buffer, std::size_t size) {
+  return FileAccess::CopyImage(*lines, buffer, size);
+}
+
+void ConfigFile::Restart() {
+  afterDelete = false;
+  *cursor = {};
+}
+
+bool ConfigFile::GotoEntry(const char* key) {
+  return Walk::To(*entries, *cursor, afterDelete, key);
+}
+
+bool ConfigFile::GotoNextEntry() { return Walk::Forward(*entries, *cursor, afterDelete); }
+
+bool ConfigFile::GotoPreviousEntry() { return Walk::Back(*entries, *cursor, afterDelete); }
+
+bool ConfigFile::GotoFirstEntry() { return Walk::ToFirst(*entries, *cursor, afterDelete); }
+
+bool ConfigFile::GotoLastEntry() { return Walk::ToLast(*entries, *cursor, afterDelete); }
+
+std::size_t ConfigFile::GetEntryCount() const { return entries->Count(); }
+
+std::size_t ConfigFile::GetEntry(const char* key, char* buffer, std::size_t size) {
+  return EntryOperations::GetEntry(Scope(), key, buffer, size);
+}
+
+std::size_t ConfigFile::GetCurrentEntry(char* keyBuffer, std::size_t keySize, char* valueBuffer,
+                                        std::size_t valueSize) {
+  return EntryOperations::GetCurrentEntry(Scope(), keyBuffer, keySize, valueBuffer, valueSize);
+}
+
+bool ConfigFile::AddEntry(const char* key, const char* value, bool atBeginning) {
+  return EntryOperations::AddEntry(Scope(), key, value, atBeginning);
+}
+
+bool ConfigFile::InsertEntry(const char* key, const char* value) {
+  return EntryOperations::InsertEntry(Scope(), key, value);
+}
+
+std::size_t ConfigFile::SetEntry(const char* key, const char* value) {
+  return EntryOperations::SetEntry(Scope(), key, value);
+}
+
+std::size_t ConfigFile::SetCurrentEntry(const char* value) {
+  return EntryOperations::SetCurrentEntry(Scope(), value);
+}
+
+bool ConfigFile::RenameEntry(const char* newKey) {
+  return EntryOperations::RenameEntry(Scope(), newKey);
+}
+
+bool ConfigFile::DeleteEntry(const char* key) { return EntryOperations::DeleteEntry(Scope(), key); }
+
+bool ConfigFile::DeleteCurrentEntry() { return EntryOperations::DeleteCurrentEntry(Scope()); }
+
+EntryScope ConfigFile::Scope() {
+  return {*lines,
+          *entries,
+          *cursor,
+          afterDelete,
+          {separator, separatorLength},
+          {linePrefix, linePrefixLength},
+          lineBuffer,
+          tailBuffer};
+}
+
+}  // namespace Configuration

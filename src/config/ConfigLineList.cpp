@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+#include "config/ConfigLineList.h"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace Configuration {
+
+namespace {
+
+constexpr std::size_t kWriteBlockBytes = 32768;  // on the stack: a plain save needs no memory
+
+// A short count without the error indicator is no failure.
+bool Write(std::FILE* stream, const char* bytes, std::size_t count) {
+  return std::fwrite(bytes, 1, count, stream) == count || std::ferror(stream) == 0;
+}
+
+}  // namespace
+
+void ConfigLine::Assign(TextPool& pool, std::string_view newText) {
+  const std::size_t newCapacity = newText.size() + kNewLineSlack;
+  char* block = pool.Take(newCapacity + 1);
+  if (text != nullptr) pool.Give(text, capacity + 1);
+  text = block;
+  length = newText.size();
+  capacity = newCapacity;
+  std::memcpy(text, newText.data(), length);
+  text[length] = '\0';
+}
+
+bool ConfigLine::Grow(TextPool& pool, std::size_t n) {
+  const std::size_t newLength = length + n;
+  if (newLength <= capacity) {
+    length = newLength;
+    return false;
+  }
+  const std::size_t newCapacity = newLength + kGrownLineSlack;
+  char* block = pool.Take(newCapacity + 1);
+  std::memcpy(block, text, length);
+  block[length] = '\0';
+  pool.Give(std::exchange(text, block), capacity + 1);
+  length = newLength;
+  capacity = newCapacity;
+  return true;
+}
+
+void swap(ConfigLineList& left, ConfigLineList& right) noexcept {
+  swap(left.lines_, right.lines_);
+  swap(left.texts_, right.texts_);
+  std::swap(left.frozen_, right.frozen_);
+  std::swap(left.totalLength, right.totalLength);
+}
+
+void ConfigLineList::AddLine(std::string_view text, bool atEnd) {
+  ConfigLinePosition position = atEnd ? End() : First();
+  InsertLine(position, text);
+}
+
+void ConfigLineList::InsertLine(ConfigLinePosition& position, std::string_view text) {
+  lines_.Reserve();
+  ConfigLine line;
+  line.Assign(texts_, text);
+  position = lines_.Insert(position, line);
+  totalLength += text.size();
+}
+
+bool ConfigLineList::GrowLine(ConfigLinePosition position, std::size_t n) {
+  if (n == 0) return false;
+  const bool moved = position->Grow(texts_, n);
+  totalLength += n;  // behind Grow: a failed allocation must not leave a wrong total
+  return moved;
+}
+
+void ConfigLineList::ShrinkLine(ConfigLinePosition position, std::size_t n, bool terminate) {
+  if (n == 0) return;
+  totalLength -= n;
+  position->length -= n;
+  if (terminate) position->text[position->length] = '\0';
+}
+
+ConfigLinePosition ConfigLineList::EraseLine(ConfigLinePosition position) noexcept {
+  totalLength -= position->length;
+  texts_.Give(position->text, position->capacity + 1);
+  return lines_.Erase(position);
+}
+
+void ConfigLineList::Clear() noexcept {
+  lines_.Clear();
+  texts_.Reset();
+  frozen_.clear();
+  totalLength = 0;
+}
+
+bool ConfigLineList::WriteAll(std::FILE* stream, bool coalesced) {
+  return coalesced ? WriteAtOnce(stream) : WriteInBlocks(stream);
+}
+
+bool ConfigLineList::WriteInBlocks(std::FILE* stream) const {
+  char block[kWriteBlockBytes];
+  std::size_t used = 0;
+  for (const ConfigLine& line : lines_) {
+    if (line.length > sizeof block - used) {
+      if (!Write(stream, block, std::exchange(used, 0))) return false;
+      if (line.length > sizeof block) {
+        if (!Write(stream, line.text, line.length)) return false;
+        continue;
+      }
+    }
+    std::memcpy(block + used, line.text, line.length);
+    used += line.length;
+  }
+  return Write(stream, block, used);
+}
+
+bool ConfigLineList::WriteAtOnce(std::FILE* stream) {
+  if (totalLength == 0) return true;
+  if (!ProvideSaveBuffer()) return false;
+  char* end = saveBuffer.get();
+  for (const ConfigLine& line : lines_) {
+    std::memcpy(end, line.text, line.length);
+    end += line.length;
+  }
+  *end = '\0';
+  return Write(stream, saveBuffer.get(), totalLength);
+}
+
+bool ConfigLineList::ProvideSaveBuffer() {
+  const std::size_t needed = totalLength + 1;
+  if (saveBuffer == nullptr) {
+    saveCapacity =
+        needed <= kFirstSaveBufferBytes ? kFirstSaveBufferBytes : totalLength + kSaveBufferSlack;
+  } else if (saveCapacity < needed) {
+    saveGrowth *= 2;
+    saveCapacity = (saveGrowth << 10) + needed;
+    saveBuffer.reset();  // its bytes are written anew: nothing to move
+  } else {
+    return true;
+  }
+  saveBuffer.reset(new (std::nothrow) char[saveCapacity]);
+  return saveBuffer != nullptr;
+}
+
+}  // namespace Configuration

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#ifndef ZELCONFUTILS_CONFIG_CONFIG_LINE_LIST_H
+#define ZELCONFUTILS_CONFIG_CONFIG_LINE_LIST_H
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <unordered_set>
+
+#include "config/LinkedList.h"
+#include "config/TextPool.h"
+
+namespace Configuration {
+
+/// Room behind the text of a new line, so that most longer values need no new block.
+constexpr std::size_t kNewLineSlack = 33;
+/// Room behind a text that has outgrown its block.
+constexpr std::size_t kGrownLineSlack = 32;
+/// The first save buffer, if the file fits it.
+constexpr std::size_t kFirstSaveBufferBytes = 65536;
+/// Room in the first save buffer of a larger file.
+constexpr std::size_t kSaveBufferSlack = 1025;
+
+/// One stored physical line, its line end included if it has one.
+///
+/// The text is a block of its own in the pool of the line's list: no edit of one line moves
+/// another. A NUL byte is a byte like any other; one more stands behind the text.
+struct ConfigLine {
+  char* text = nullptr;
+  std::size_t length = 0;    ///< bytes in front of the terminator
+  std::size_t capacity = 0;  ///< the longest text that the block holds in front of its terminator
+
+  std::string_view View() const { return {text, length}; }
+
+  /// Replaces the text. `newText` must not lie in the line's own block.
+  void Assign(TextPool& pool, std::string_view newText);
+
+  /// Makes `length` larger by `n`. False when the text stayed where it is: the new bytes and
+  /// their terminator are the caller's to write. True when it moved: every view into it is void.
+  bool Grow(TextPool& pool, std::size_t n);
+};
+
+using ConfigLinePosition = LinkedListPosition<ConfigLine>;
+
+/// The image of a whole file: every line in file order.
+class ConfigLineList {
+ public:
+  ConfigLineList() = default;
+
+  /// Exchanges the lines; each keeps its own save buffer.
+  friend void swap(ConfigLineList& left, ConfigLineList& right) noexcept;
+
+  /// Adds a line with a copy of `text` behind the last line or in front of the first.
+  void AddLine(std::string_view text, bool atEnd);
+
+  /// Inserts a line with a copy of `text` in front of `position`, which then names the new line.
+  /// When memory runs out nothing has changed.
+  void InsertLine(ConfigLinePosition& position, std::string_view text);
+
+  /// Makes the line longer by `n`: the result is that of `ConfigLine::Grow`; false for `n` 0.
+  bool GrowLine(ConfigLinePosition position, std::size_t n);
+
+  /// Makes the line shorter by `n`, at most its length; the block stays. `terminate` writes the
+  /// terminator, otherwise the caller writes over the bytes.
+  void ShrinkLine(ConfigLinePosition position, std::size_t n, bool terminate);
+
+  /// Releases the line; the result is the position of the line that stood behind it.
+  ConfigLinePosition EraseLine(ConfigLinePosition position) noexcept;
+
+  /// Releases all lines. The save buffer stays.
+  void Clear() noexcept;
+
+  /// Writes all lines to `stream`: in blocks as they come, or gathered in the save buffer and
+  /// written with one call. False when the stream reports an error or there is no save buffer to
+  /// be had. What the stream still buffers is the caller's to flush.
+  bool WriteAll(std::FILE* stream, bool coalesced);
+
+  /// A frozen line has two owners, a section that takes its name from it and another record: no
+  /// edit may rewrite or erase it. Lines stay frozen until `Clear`.
+  void Freeze(ConfigLinePosition position) { frozen_.insert(&*position); }
+  bool IsFrozen(ConfigLinePosition position) const {
+    return !frozen_.empty() && frozen_.count(&*position) != 0;
+  }
+
+  ConfigLinePosition First() { return lines_.First(); }
+  ConfigLinePosition End() { return lines_.End(); }
+  LinkedList<ConfigLine>& Lines() { return lines_; }
+  const LinkedList<ConfigLine>& Lines() const { return lines_; }
+
+  std::size_t totalLength = 0;   ///< the sum of all lengths: the exact size of the file image
+  std::size_t saveCapacity = 0;  ///< bytes of `saveBuffer`
+  std::size_t saveGrowth = 1;    ///< doubles with each growth of `saveBuffer`
+  std::unique_ptr<char[]> saveBuffer;
+
+ private:
+  bool WriteInBlocks(std::FILE* stream) const;
+  bool WriteAtOnce(std::FILE* stream);
+  bool ProvideSaveBuffer();
+
+  LinkedList<ConfigLine> lines_;
+  TextPool texts_;
+  std::unordered_set<const ConfigLine*> frozen_;
+};
+
+}  // namespace Configuration
+
+#endif

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "config/EntrySyntax.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/Text.h"
+
+namespace Configuration::EntrySyntax {
+
+EntrySpans Parse(std::string_view line, std::size_t separatorAt, std::size_t separatorLength) {
+  const std::size_t keyEnd = KeyEnd(line, separatorAt);
+  std::size_t key = 0;
+  while (key < keyEnd && Text::IsSpace(line[key])) ++key;
+  const std::size_t value = separatorAt + separatorLength;
+  const std::size_t valueEnd = std::max(value, TrimmedLength(line));
+  return {key, keyEnd - key, value, valueEnd - value};
+}
+
+std::size_t KeyEnd(std::string_view line, std::size_t separatorAt) {
+  return TrimmedLength(line.substr(0, separatorAt));
+}
+
+std::size_t TrimmedLength(std::string_view text) {
+  std::size_t length = text.size();
+  while (length > 1 && Text::IsSpace(text[length - 1])) --length;
+  return length;
+}
+
+std::string_view Compose(std::string_view prefix, std::string_view key, std::string_view separator,
+                         std::string_view value, char* buffer) {
+  const std::size_t length = prefix.size() + key.size() + separator.size() + value.size() + 1;
+  if (length + 1 > kWorkBufferBytes || separator.empty()) return {};
+  char* end = buffer;
+  for (const std::string_view part : {prefix, key, separator, value}) {
+    std::memcpy(end, part.data(), part.size());
+    end += part.size();
+  }
+  *end++ = '\n';
+  *end = '\0';
+  return {buffer, length};
+}
+
+}  // namespace Configuration::EntrySyntax

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#ifndef ZELCONFUTILS_CONFIG_ENTRY_SYNTAX_H
+#define ZELCONFUTILS_CONFIG_ENTRY_SYNTAX_H
+
+#include <cstddef>
+#include <string_view>
+
+/// What a line means, for every file class: text in, offsets out.
+namespace Configuration::EntrySyntax {
+
+/// Not found, as in `std::string_view`.
+constexpr std::size_t kNone = std::string_view::npos;
+
+/// The offset of the first `token` in `line`; an empty token occurs in no line.
+inline std::size_t Find(std::string_view line, std::string_view token) {
+  return token.empty() ? kNone : line.find(token);
+}
+
+/// A comment token counts at the very first byte alone. (An empty one makes all lines comments.)
+inline bool IsComment(std::string_view line, std::string_view comment) {
+  return line.substr(0, comment.size()) == comment;
+}
+
+/// The parts of an entry line, left to right:
+///
+///     head  key  gap  separator  value  tail
+///
+/// Head and gap are white space, the tail is white space with the line end. White space right
+/// behind the separator belongs to the value.
+struct EntrySpans {
+  std::size_t key;
+  std::size_t keyLength;
+  std::size_t value;
+  std::size_t valueLength;
+};
+
+/// The parts of `line`, whose first separator stands at `separatorAt`.
+EntrySpans Parse(std::string_view line, std::size_t separatorAt, std::size_t separatorLength);
+
+/// Where the key in front of the separator at `separatorAt` ends: behind its last byte that is
+/// not white space, but behind the line's first byte where all are. 0 for a separator at 0.
+std::size_t KeyEnd(std::string_view line, std::size_t separatorAt);
+
+/// The offset behind the last byte of `text` that is not white space; at least 1 where `text` is
+/// not empty.
+std::size_t TrimmedLength(std::string_view text);
+
+/// The longest composed line with its line feed and its terminator; also the longest tail or
+/// rest of a line, with its terminator, that an edit can carry over.
+constexpr std::size_t kWorkBufferBytes = 1024;
+
+/// Writes a new entry's line with its line feed and a terminator to `buffer`, which has
+/// `kWorkBufferBytes` bytes. The result views it in `buffer`, without the terminator; it is empty
+/// when the line would not fit or there is no separator, and then nothing is written.
+std::string_view Compose(std::string_view prefix, std::string_view key, std::string_view separator,
+                         std::string_view value, char* buffer);
+
+}  // namespace Configuration::EntrySyntax
+
+#endif

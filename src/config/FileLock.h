@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#ifndef ZELCONFUTILS_CONFIG_FILE_LOCK_H
+#define ZELCONFUTILS_CONFIG_FILE_LOCK_H
+
+#include <cstdio>
+
+namespace Configuration {
+
+/// The exclusive lock on a file for the span of one read or one save, between processes.
+class FileLock {
+ public:
+  FileLock() = default;
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+  ~FileLock();
+
+  /// Locks all the bytes that the file has now; a file without bytes is granted at once. A lock
+  /// that another holds is waited for, about ten seconds at most. False on failure, with the
+  /// reason in `errno`.
+  bool Acquire(std::FILE* stream);
+
+  /// Gives the lock back. True when nothing is held any more.
+  bool Release(std::FILE* stream);
+
+  /// The stream has been closed, and with it its lock.
+  void StreamClosed() { held_ = false; }
+
+ private:
+  int descriptor_ = 0;
+  bool held_ = false;
+};
+
+}  // namespace Configuration
+
+#endif

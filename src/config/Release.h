@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#ifndef ZELCONFUTILS_CONFIG_RELEASE_H
+#define ZELCONFUTILS_CONFIG_RELEASE_H
+
+#include <utility>
+
+namespace Configuration {
+
+/// Deletes what an owning member points to and makes the member null: safe to run twice.
+template <class Object>
+void Release(Object*& member) {
+  delete std::exchange(member, nullptr);
+}
+
+/// The same for a text or a block.
+inline void Release(char*& block) { delete[] std::exchange(block, nullptr); }
+
+}  // namespace Configuration
+
+#endif
