@@ -103,6 +103,7 @@ const struct {
     {"flock", [](const char* path) { return flock(open(path, O_RDWR), LOCK_EX) == 0; }},
     {"flock, shared", [](const char* path) { return flock(open(path, O_RDONLY), LOCK_SH) == 0; }},
     {"fcntl", [](const char* path) { return ForeignRange(path, F_WRLCK); }},
+    {"fcntl, shared", [](const char* path) { return ForeignRange(path, F_RDLCK); }},
 };
 
 // What a read of the file at `path` says: its image, or its message.
