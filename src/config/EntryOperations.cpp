@@ -37,16 +37,15 @@ std::size_t SetEntry(EntryScope scope, const char* key, const char* value) {
   const ConfigEntryPosition found = Walk::Find(scope.entries, key);
   if (found.IsEnd()) return AddEntry(scope, key, value, false) ? kWritten : kNothingDone;
   scope.afterDelete = false;
-  if (found->Value() == value) return kAlreadySo;
-  return EntryEdit::ReplaceValue(scope, *found, value);
+  return EntryEdit::SetValue(scope, *found, value);
 }
 
 std::size_t SetCurrentEntry(EntryScope scope, const char* value) {
   Walk::Settle(scope.entries, scope.cursor);
   if (scope.cursor.IsEnd()) return kNothingDone;
-  if (scope.cursor->Value() == value) return kAlreadySo;
-  scope.afterDelete = false;
-  return EntryEdit::ReplaceValue(scope, *scope.cursor, value);
+  const std::size_t result = EntryEdit::SetValue(scope, *scope.cursor, value);
+  if (result != kAlreadySo) scope.afterDelete = false;
+  return result;
 }
 
 bool RenameEntry(EntryScope scope, const char* newKey) {
