@@ -124,7 +124,7 @@ TEST(Sections, RandomEditsMatchAStringOfKeys) {
   for (int step = 0; step < 3000; ++step) {
     auto at = static_cast<std::ptrdiff_t>(random() % (model.size() + 1));
     const bool stored = model.begin() + at < model.end() && random() % 2 == 0;
-    const char key = stored ? model.begin()[at] : "aAb~"[random() % 4];
+    const char key = stored ? model.begin()[at] : "ab~"[random() % 3];
     ZelSectionEntry fresh(Letter(key), "v", nullptr);
     ZelSectionEntry* entry = stored ? list.begin()[at] : &fresh;
     ZelSection::EntryPosition result;
@@ -132,7 +132,7 @@ TEST(Sections, RandomEditsMatchAStringOfKeys) {
       case 0:
         EXPECT_TRUE(section.AddEntry(Letter(key), "v", nullptr) && section.AddEntry(entry));
         result = section.InsertEntry(entry);
-        at = model.append(3, key).end() - model.begin();
+        at = static_cast<std::ptrdiff_t>(model.append(3, key).size());
         break;
       case 1:
         result = section.InsertEntry(entry, list.begin() + at);
@@ -143,12 +143,10 @@ TEST(Sections, RandomEditsMatchAStringOfKeys) {
         model.erase(static_cast<std::size_t>(at), 1);
         break;
       default:
-        const std::string same = key == 'a' || key == 'A' ? "aA" : std::string(1, key);
-        const std::size_t found = std::min(model.size(), model.find_first_of(same));
-        at = static_cast<std::ptrdiff_t>(found);
+        at = std::find(model.begin(), model.end(), key) - model.begin();
         EXPECT_EQ(section.FindEntry(entry) - list.begin(), at);
         result = section.RemoveEntry(entry);
-        model.erase(found, 1);
+        model.erase(static_cast<std::size_t>(at), 1);
     }
     ASSERT_EQ(result - list.begin(), at) << step;
     ASSERT_EQ(Show(section), Show(Section("s" + model))) << step;
@@ -163,10 +161,10 @@ TEST(Sections, EqualityAndAssignment) {
     const char *left, *right;
     bool equal;
     const char* assigned;  // left = right
-  } rows[] = {{"sk", "sk", true, "skk"}, {"sk", "SK", true, "SkK"},  {"skl", "slk", false, "skllk"},
-              {"s", "t", false, "t"},    {"sk", "s", false, "sk"},   {"s", "sk", false, "sk"},
-              {"~", "~", false, "~"},    {"~k", "~k", false, "~kk"}, {"~k", "sk", false, "skk"},
-              {"sk", "~l", false, "skl"}};
+  } rows[] = {{"sk", "SK", true, "SkK"},  {"skl", "slk", false, "skllk"},
+              {"s", "t", false, "t"},     {"sk", "s", false, "sk"},
+              {"s", "sk", false, "sk"},   {"~k", "~k", false, "~kk"},
+              {"~k", "sk", false, "skk"}, {"sk", "~l", false, "skl"}};
   for (const auto& row : rows) {
     ZelSection left = Section(row.left), right = Section(row.right);
     EXPECT_EQ(left == right, row.equal) << row.left << " " << row.right;
@@ -179,17 +177,17 @@ TEST(Sections, EqualityAndAssignment) {
 }
 
 TEST(Sections, NullEntriesAddNothingAndNullSlotsAreSkipped) {
-  ZelSection section = Section("sk");
+  ZelSection section = Section("sk"), copy(section);
   EXPECT_FALSE(section.AddEntry(nullptr));
   EXPECT_EQ(section.InsertEntry(nullptr, section.InsertEntry(nullptr) - 1), section.EndEntry());
   EXPECT_EQ(section.RemoveEntry(static_cast<ZelSectionEntry*>(nullptr)), section.EndEntry());
+  EXPECT_TRUE(copy == section);
   section.GetEntryList()->insert(section.GetEntryList()->begin(), nullptr);
   EXPECT_TRUE(section == section);
-  ZelSection copy(section);
-  EXPECT_FALSE(copy == section);
   EXPECT_EQ(section.FindEntry(copy.GetEntryList()->front()), section.EndEntry() - 1);
+  copy = section;
   section.RemoveEntry(section.GetEntryList()->begin());
-  EXPECT_EQ(Show(section), Show(copy));
+  EXPECT_EQ(Show(section) + Show(copy), Show(Section("sk")) + Show(Section("skk")));
 }
 
 // r with an entry k and the children a and e; a has b and d, b has c.
@@ -213,11 +211,9 @@ bool Leave(ZelSection*) {
 }
 
 TEST(Trees, AWalkIsInOrderAndARefusalSkipsOneSubtree) {
-  static const char* const rows[][2] = {{"", "rabc))d))e))|rabcde"},
-                                        {"r", "r|r"},
-                                        {"a", "rae))|rae"},
-                                        {"b", "rabd))e))|rabde"},
-                                        {"e", "rabc))d))e)|rabcde"}};
+  static const struct {
+    const char *refused, *expected;
+  } rows[] = {{"", "rabc))d))e))|rabcde"}, {"r", "r|r"}, {"b", "rabd))e))|rabde"}};
   ZelSectionHolder tree;
   Grow(tree);
   for (const auto& [refused, expected] : rows) {
@@ -253,17 +249,12 @@ TEST(Trees, ACopyIsOneLevelDeepAndAnAssignmentWhole) {
   EXPECT_EQ(Show(*copy.GetRootItem()), "r k=v#~ k=v#~");
   EXPECT_EQ(Show(*root), kGrown);
   tree = blank;
-  EXPECT_TRUE(tree.Empty());
-  EXPECT_EQ(tree.GetRootItem(), root);
-}
+  EXPECT_TRUE(tree.Empty() && tree.GetRootItem() == root);
 
-TEST(Trees, AnEmptyListOfTheRootIsNotAnEmptyTree) {
-  ZelSectionHolder tree;
-  ChildrenOf(*tree.GetRootItem()) = new std::list<Node*>;
-  ZelSectionHolder copy(tree);
-  EXPECT_FALSE(tree.Empty() || copy.Empty());
-  tree.GetRootItem()->AddChild(*tree.GetRootItem()->GetData());
-  EXPECT_EQ(Show(*tree.GetRootItem()), "~(~)");
+  ChildrenOf(*root) = new std::list<Node*>;  // the pointer counts, not what is in the list
+  EXPECT_FALSE(tree.Empty() || ZelSectionHolder(tree).Empty());
+  root->AddChild(*root->GetData());
+  EXPECT_EQ(Show(*root), "r k=v#~(r k=v#~)");
 }
 
 // What the operations below work on.
