@@ -8,8 +8,8 @@
 #include "ZelSection.h"
 
 /// A tree of sections: one root, which always exists, and nodes below it, each with a list of
-/// its own for its children. The template is made for `ZelSection` alone; its members are
-/// compiled into the library. Use it as `ZelSectionHolder`.
+/// its own for its children. A node without children has no list. The template is made for
+/// `ZelSection` alone; its members are compiled into the library. Use it as `ZelSectionHolder`.
 ///
 /// A failed allocation throws `std::bad_alloc` and changes nothing. No locks: one thread at a
 /// time.
@@ -26,6 +26,8 @@ class ZELCONFUTILS_API Tree {
     /// through the walk.
     using Callback = bool (*)(Data*);
 
+    // Destroys what is below the node, then its section. Stands here since it comes first in the
+    // virtual table; private, so that nobody deletes a node from under its parent.
    private:
     virtual ~TreeNode();
 
@@ -53,10 +55,10 @@ class ZELCONFUTILS_API Tree {
     friend class Tree;
     using ChildList = std::list<TreeNode*>;
 
-    TreeNode();
+    TreeNode() = default;
     TreeNode(TreeNode* parent, const Data& section);
-    TreeNode(const TreeNode& other);
-    void CopyChildren(const TreeNode& other);
+    TreeNode(const TreeNode& other);           // one level deep; no parent
+    void CopyChildren(const TreeNode& other);  // appends copies of all nodes below `other`
     void DeleteChildren();
 
     TreeNode* parent = nullptr;     // of the root: itself, or null in a tree made by copying
@@ -78,7 +80,7 @@ class ZELCONFUTILS_API Tree {
   /// Assigns the root's section with `ZelSection::operator=`, so that the entries of this root
   /// stay in front of the copies; destroys the nodes below this root and puts copies of all
   /// nodes below the root of `other` in their place. The root node itself stays. Assigning a
-  /// tree to itself changes nothing.
+  /// tree to itself changes nothing. Recursion is as deep as the trees.
   Tree& operator=(const Tree& other);
 
   /// The root: the same node on every call, never null. It belongs to the tree.
@@ -99,9 +101,15 @@ class ZELCONFUTILS_API Tree {
 extern template class Tree<ZelSection>;
 
 /// The tree that callers use; each operation does what its twin in `Tree` does.
+///
+///     ZelSectionHolder tree;
+///     ZelSection* server = tree.GetRootItem()->AddChild(ZelSection("server"))->GetData();
+///     server->AddEntry("port", "8080", nullptr);
+///     tree.GetRootItem()->Traverse(PrintAndGoOn);  // bool PrintAndGoOn(ZelSection*)
 class ZELCONFUTILS_API ZelSectionHolder : public Tree<ZelSection> {
  public:
   ZelSectionHolder();
+  /// One level deep, as in `Tree`; `operator=` copies all.
   ZelSectionHolder(const ZelSectionHolder& other);
   ~ZelSectionHolder() override;
   ZelSectionHolder& operator=(const ZelSectionHolder& other);

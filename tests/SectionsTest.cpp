@@ -44,10 +44,11 @@ std::string Show(const ZelSection& section) {
 std::string Show(Node& node) {
   std::string image = Show(*node.GetData());
   if (ChildrenOf(node) == nullptr) return image;
+  image += "(";
   for (Node* child : *ChildrenOf(node)) {
-    image.append("(").append(Show(*child)).append(ParentOf(*child) == &node ? ")" : "?");
+    image.append(Show(*child)).append(ParentOf(*child) == &node ? " " : "?");
   }
-  return image;
+  return image + ")";
 }
 
 // Short forms, a letter for a text (`~` null, `_` empty). An entry: key, value, comment. A
@@ -191,7 +192,7 @@ TEST(Sections, NullEntriesAddNothingAndNullSlotsAreSkipped) {
 }
 
 // r with an entry k and the children a and e; a has b and d, b has c.
-const char* const kGrown = "r k=v#~(a l=v#~(b(c m=v#~))(d))(e)";
+const char* const kGrown = "r k=v#~(a l=v#~(b(c m=v#~ ) d ) e )";
 void Grow(ZelSectionHolder& tree) {
   *tree.GetRootItem()->GetData() = Section("rk");
   Node* a = tree.GetRootItem()->AddChild(Section("al"));
@@ -237,12 +238,14 @@ TEST(Trees, ACopyIsOneLevelDeepAndAnAssignmentWhole) {
   EXPECT_EQ(ParentOf(*root), root);
 
   ZelSectionHolder copy(tree);
-  EXPECT_EQ(Show(*copy.GetRootItem()), "r k=v#~(a l=v#~)(e)");
+  EXPECT_EQ(Show(*copy.GetRootItem()), "r k=v#~(a l=v#~ e )");
   EXPECT_EQ(ParentOf(*copy.GetRootItem()), nullptr);
   EXPECT_EQ(ParentOf(*blankCopy.GetRootItem()), nullptr);
 
   const ZelSectionHolder& same = copy = tree;  // the former children go, the root's entries stay
+  const Node* first = ChildrenOf(*copy.GetRootItem())->front();
   copy = same;
+  EXPECT_EQ(ChildrenOf(*copy.GetRootItem())->front(), first);
   EXPECT_EQ(Show(*copy.GetRootItem()), "r k=v#~" + std::string(kGrown).substr(1));
   EXPECT_FALSE(copy.DeleteAllItems() || copy.DeleteAllItems());
   EXPECT_TRUE(copy.Empty());
@@ -254,7 +257,7 @@ TEST(Trees, ACopyIsOneLevelDeepAndAnAssignmentWhole) {
   ChildrenOf(*root) = new std::list<Node*>;  // the pointer counts, not what is in the list
   EXPECT_FALSE(tree.Empty() || ZelSectionHolder(tree).Empty());
   root->AddChild(*root->GetData());
-  EXPECT_EQ(Show(*root), "r k=v#~(r k=v#~)");
+  EXPECT_EQ(Show(*root), "r k=v#~(r k=v#~ )");
 }
 
 // What the operations below work on.

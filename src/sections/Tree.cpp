@@ -5,9 +5,6 @@
 #include <utility>
 
 template <class Data>
-Tree<Data>::TreeNode::TreeNode() = default;
-
-template <class Data>
 Tree<Data>::TreeNode::TreeNode(TreeNode* owner, const Data& section)
     : parent(owner), data(section) {}
 
@@ -59,7 +56,6 @@ Data* Tree<Data>::TreeNode::GetData() {
   return &data;
 }
 
-// All that stands below `other`, appended below this node; sections of the two stay as they are.
 template <class Data>
 void Tree<Data>::TreeNode::CopyChildren(const TreeNode& other) {
   if (other.children == nullptr) return;
