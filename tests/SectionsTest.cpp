@@ -122,7 +122,7 @@ TEST(Sections, RandomEditsMatchAStringOfKeys) {
   ZelSection section("s");
   ZelSection::EntryList& list = *section.GetEntryList();
   std::string model;
-  for (int step = 0; step < 3000; ++step) {
+  for (int step = 0; step < 1000; ++step) {
     auto at = static_cast<std::ptrdiff_t>(random() % (model.size() + 1));
     const bool stored = model.begin() + at < model.end() && random() % 2 == 0;
     const char key = stored ? model.begin()[at] : "ab~"[random() % 3];
