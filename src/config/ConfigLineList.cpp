@@ -65,6 +65,22 @@ void ConfigLineList::InsertLine(ConfigLinePosition& position, std::string_view t
   totalLength += text.size();
 }
 
+ConfigLinePosition ConfigLineList::InsertLines(ConfigLinePosition position,
+                                               std::initializer_list<std::string_view> texts) {
+  ConfigLinePosition first = position;
+  try {
+    for (const std::string_view text : texts) {
+      ConfigLinePosition line = position;
+      InsertLine(line, text);
+      if (first == position) first = line;
+    }
+  } catch (...) {
+    while (first != position) first = EraseLine(first);
+    throw;
+  }
+  return first;
+}
+
 bool ConfigLineList::GrowLine(ConfigLinePosition position, std::size_t n) {
   if (n == 0) return false;
   const bool moved = position->Grow(texts_, n);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <initializer_list>
 #include <memory>
 #include <string_view>
 #include <unordered_set>
@@ -57,6 +58,11 @@ class ConfigLineList {
   /// Inserts a line with a copy of `text` in front of `position`, which then names the new line.
   /// When memory runs out nothing has changed.
   void InsertLine(ConfigLinePosition& position, std::string_view text);
+
+  /// Inserts lines with copies of `texts`, in order, in front of `position`: all, or none when
+  /// memory runs out. The result is the position of the first.
+  ConfigLinePosition InsertLines(ConfigLinePosition position,
+                                 std::initializer_list<std::string_view> texts);
 
   /// Makes the line longer by `n`: the result is that of `ConfigLine::Grow`; false for `n` 0.
   bool GrowLine(ConfigLinePosition position, std::size_t n);

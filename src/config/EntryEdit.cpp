@@ -88,6 +88,10 @@ std::size_t ReplaceValue(const EntryScope& scope, ConfigEntry& entry, std::strin
   return kWritten;
 }
 
+std::size_t SetValue(const EntryScope& scope, ConfigEntry& entry, std::string_view value) {
+  return entry.Value() == value ? kAlreadySo : ReplaceValue(scope, entry, value);
+}
+
 bool ReplaceKey(const EntryScope& scope, ConfigEntry& entry, std::string_view newKey) {
   if (scope.lines.IsFrozen(entry.line)) return false;
   ConfigLine& line = *entry.line;

@@ -51,6 +51,9 @@ std::size_t CopyValueOf(ConfigEntryList& entries, std::string_view key, char* bu
 /// too long to carry over or the line is frozen.
 std::size_t ReplaceValue(const EntryScope& scope, ConfigEntry& entry, std::string_view value);
 
+/// `ReplaceValue`, but `kAlreadySo` and nothing written where the value is equal.
+std::size_t SetValue(const EntryScope& scope, ConfigEntry& entry, std::string_view value);
+
 /// Writes `newKey` over the entry's key; all other bytes stay. False when the rest of the line is
 /// too long to carry over or the line is frozen.
 bool ReplaceKey(const EntryScope& scope, ConfigEntry& entry, std::string_view newKey);

@@ -5,16 +5,11 @@
 
 namespace Configuration::EntryOperations {
 
-std::size_t GetEntry(EntryScope scope, const char* key, char* buffer, std::size_t size) {
-  scope.afterDelete = false;
-  return EntryEdit::CopyValueOf(scope.entries, key, buffer, size);
-}
-
-std::size_t GetCurrentEntry(EntryScope scope, char* keyBuffer, std::size_t keySize,
-                            char* valueBuffer, std::size_t valueSize) {
-  Walk::Settle(scope.entries, scope.cursor);
-  if (scope.cursor.IsEnd()) return 0;
-  return EntryEdit::CopyOut(*scope.cursor, keyBuffer, keySize, valueBuffer, valueSize);
+std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, char* keyBuffer,
+                            std::size_t keySize, char* valueBuffer, std::size_t valueSize) {
+  Walk::Settle(entries, cursor);
+  if (cursor.IsEnd()) return 0;
+  return EntryEdit::CopyOut(*cursor, keyBuffer, keySize, valueBuffer, valueSize);
 }
 
 bool AddEntry(EntryScope scope, const char* key, const char* value, bool atBeginning) {
@@ -37,16 +32,15 @@ std::size_t SetEntry(EntryScope scope, const char* key, const char* value) {
   const ConfigEntryPosition found = Walk::Find(scope.entries, key);
   if (found.IsEnd()) return AddEntry(scope, key, value, false) ? kWritten : kNothingDone;
   scope.afterDelete = false;
-  if (found->Value() == value) return kAlreadySo;
-  return EntryEdit::ReplaceValue(scope, *found, value);
+  return EntryEdit::SetValue(scope, *found, value);
 }
 
 std::size_t SetCurrentEntry(EntryScope scope, const char* value) {
   Walk::Settle(scope.entries, scope.cursor);
   if (scope.cursor.IsEnd()) return kNothingDone;
-  if (scope.cursor->Value() == value) return kAlreadySo;
-  scope.afterDelete = false;
-  return EntryEdit::ReplaceValue(scope, *scope.cursor, value);
+  const std::size_t result = EntryEdit::SetValue(scope, *scope.cursor, value);
+  if (result != kAlreadySo) scope.afterDelete = false;
+  return result;
 }
 
 bool RenameEntry(EntryScope scope, const char* newKey) {

@@ -160,4 +160,6 @@ void ThrowCorrupted(const char* path) {
   Throw(std::string("File \"") + (path != nullptr ? path : "") + "\" is corrupted!");
 }
 
+void ThrowTokenTooShort() { Throw("Length of section's start & stop tokens must be at least 2!"); }
+
 }  // namespace Configuration::FileAccess

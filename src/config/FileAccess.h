@@ -37,6 +37,9 @@ bool CopyImage(const ConfigLineList& lines, char* buffer, std::size_t size);
 /// Throws the message for a text whose sections cannot be told. `path` may be null.
 [[noreturn]] void ThrowCorrupted(const char* path);
 
+/// Throws the message for a start or stop token of fewer than 2 bytes.
+[[noreturn]] void ThrowTokenTooShort();
+
 }  // namespace Configuration::FileAccess
 
 #endif
