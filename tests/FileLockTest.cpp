@@ -13,12 +13,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
-#include <ctime>
 #include <functional>
 #include <string>
-#include <utility>
 
 #include "ConfigException.h"
 #include "OpenConfigFile.h"
@@ -29,59 +28,42 @@ namespace {
 
 using TestFiles::TemporaryDirectory;
 
-// A process that does `work`; with `Wait`, its success.
-class Child {
- public:
-  explicit Child(const std::function<bool()>& work) : id_(fork()) {
-    if (id_ != 0) return;
-    _exit(work() && !testing::Test::HasFailure() ? 0 : 1);
-  }
-  ~Child() { Wait(); }
-  bool Wait() {
-    int status = 1;
-    if (id_ != 0) waitpid(std::exchange(id_, 0), &status, 0);
-    return status == 0;
-  }
-  void Kill() const { kill(id_, SIGKILL); }
+int Status(pid_t process, int options = 0) {
+  int status = -1;
+  waitpid(process, &status, options);
+  return status;
+}
 
- private:
-  pid_t id_;
-};
+bool SucceedsInChild(const std::function<bool()>& work) {
+  const pid_t child = fork();
+  if (child == 0) _exit(work() && !testing::Test::HasFailure() ? 0 : 1);
+  return Status(child) == 0;
+}
 
-// A process that holds a lock on a file until it is told to stop: then it writes `last` over the
-// file's start, while it still holds the lock.
+// A process that stands still with a lock on a file. Told to go on, it writes "a=2" to the file
+// after 250 milliseconds and ends.
 class Holder {
  public:
   using Lock = bool (*)(const char* path);
 
-  Holder(Lock lock, const std::string& path, unsigned milliseconds, const char* last)
-      : child_([=, this] {
-          const bool held = lock(path.c_str());
-          if (write(pipe_[1], held ? "y" : "n", 1) != 1) return false;
-          Platform::SleepMilliseconds(milliseconds);
-          const int file = open(path.c_str(), O_WRONLY);
-          return pwrite(file, last, std::strlen(last), 0) >= 0;  // the lock ends with the process
-        }) {
-    char answer = 0;
-    EXPECT_EQ(read(pipe_[0], &answer, 1), 1);
-    EXPECT_EQ(answer, 'y');
+  Holder(Lock lock, const std::string& path) : id_(fork()) {
+    if (id_ == 0) {
+      if (!lock(path.c_str())) _exit(1);
+      raise(SIGSTOP);
+      Platform::SleepMilliseconds(250);
+      _exit(pwrite(open(path.c_str(), O_WRONLY), "a=2", 3, 0) == 3 ? 0 : 1);
+    }
+    EXPECT_TRUE(WIFSTOPPED(Status(id_, WUNTRACED)));
   }
   ~Holder() {
-    child_.Kill();
-    child_.Wait();
-    close(pipe_[0]);
-    close(pipe_[1]);
+    Kill();
+    Status(id_);
   }
-  void Kill() const { child_.Kill(); }
+  void GoOn() const { kill(id_, SIGCONT); }
+  void Kill() const { kill(id_, SIGKILL); }
 
  private:
-  struct Pipe {
-    int ends[2];
-    Pipe() { EXPECT_EQ(pipe(ends), 0); }
-    int operator[](int i) const { return ends[i]; }
-  };
-  Pipe pipe_;
-  Child child_;
+  pid_t id_;
 };
 
 bool OurLock(const char* path, const char* mode) {
@@ -127,23 +109,19 @@ std::string Saving(const std::string& path, bool coalesced, const std::string& t
 TEST(FileLock, KeepsEveryOtherProcessOut) {
   TemporaryDirectory directory;
   const std::string path = directory.Path("file"), empty = directory.Path("empty");
-  TestFiles::Write(path, "a=1\n");
   TestFiles::Write(empty, "");
-  for (const auto& holder : kHolders) {
-    const Holder process(holder.lock, path, 600000, "");
-    const Holder other(holder.lock, empty, 600000, "");
+  for (const auto& row : kHolders) {
+    TestFiles::Write(path, "a=1\n");
+    const Holder holder(row.lock, path), ofEmpty(row.lock, empty);
     for (const char* mode : {"r", "r+", "a+"}) {
-      SCOPED_TRACE(std::string(holder.name) + " against " + mode);
       std::FILE* stream = Platform::OpenFile(path.c_str(), mode);
-      const int descriptor = Platform::Descriptor(stream);
-      EXPECT_FALSE(Platform::TryLockBytes(descriptor, 4));
+      EXPECT_FALSE(Platform::TryLockBytes(Platform::Descriptor(stream), 4)) << row.name << mode;
       EXPECT_TRUE(errno == EAGAIN || errno == EACCES) << errno;
       std::fclose(stream);
     }
     // An empty file has no bytes to lock, and neither has one that a save has cut.
     EXPECT_EQ(Reading(empty, true) + Reading(empty, false), "");
     EXPECT_EQ(Saving(path, false, "b=22\n"), "saved");
-    TestFiles::Write(path, "a=1\n");
   }
 }
 
@@ -151,14 +129,14 @@ TEST(FileLock, IsWaitedForUntilItIsGivenBack) {
   TemporaryDirectory directory;
   const std::string path = directory.Path("file");
   bool readOnly = false;
-  for (const auto& holder : kHolders) {
+  for (const auto& row : kHolders) {
     readOnly = !readOnly;
-    SCOPED_TRACE(std::string(holder.name) + (readOnly ? " against r" : " against r+"));
     TestFiles::Write(path, "a=1\n");
-    const Holder process(holder.lock, path, 250, "a=2\n");
-    EXPECT_EQ(Reading(path, readOnly), "a=2\n");
+    const Holder holder(row.lock, path);
+    holder.GoOn();
+    EXPECT_EQ(Reading(path, readOnly), "a=2\n") << row.name << readOnly;
   }
-  const Holder killed(kHolders[1].lock, path, 600000, "");
+  const Holder killed(kHolders[1].lock, path);
   killed.Kill();
   EXPECT_EQ(Reading(path, false), "a=2\n");
 }
@@ -167,13 +145,12 @@ TEST(FileLock, IsGoneWhenAReadIsOver) {
   TemporaryDirectory directory;
   const std::string path = directory.Path("file");
   TestFiles::Write(path, "a=1\n");
-  OpenConfigFile file(path);
-  EXPECT_TRUE(Child([&] { return OurLock(path.c_str(), "r+"); }).Wait());
+  const OpenConfigFile file(path);
+  EXPECT_TRUE(SucceedsInChild([&] { return OurLock(path.c_str(), "r+"); }));
   Configuration::FileLock lock;
   std::FILE* stream = std::fopen(path.c_str(), "r");
-  EXPECT_TRUE(lock.Acquire(stream));
-  EXPECT_TRUE(lock.Release(stream));
-  EXPECT_TRUE(Child([&] { return OurLock(path.c_str(), "r"); }).Wait());
+  EXPECT_TRUE(lock.Acquire(stream) && lock.Release(stream));
+  EXPECT_TRUE(SucceedsInChild([&] { return OurLock(path.c_str(), "r"); }));
   std::fclose(stream);
 }
 
@@ -181,12 +158,10 @@ TEST(FileLockPatience, EndsAfterTenSeconds) {
   TemporaryDirectory directory;
   const std::string path = directory.Path("file");
   TestFiles::Write(path, "a=1\n");
-  const Holder process(kHolders[0].lock, path, 600000, "");
-  timespec start = {}, end = {};
-  clock_gettime(CLOCK_MONOTONIC, &start);
+  const Holder holder(kHolders[0].lock, path);
+  const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(Reading(path, true), "Error locking file \"" + path + "\" : " + std::strerror(EAGAIN));
-  clock_gettime(CLOCK_MONOTONIC, &end);
-  EXPECT_GE(end.tv_sec - start.tv_sec, 9);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9900));
 }
 
 TEST(Save, FailsUnlessTheSystemTookEveryByte) {
@@ -197,16 +172,16 @@ TEST(Save, FailsUnlessTheSystemTookEveryByte) {
   };
   for (const bool coalesced : {false, true}) {
     EXPECT_EQ(Saving("/dev/full", coalesced, "key=value\n"), tooBig("/dev/full"));
-    EXPECT_TRUE(Child([&] {
-                  const rlimit limit = {100000, 100000};
-                  std::signal(SIGXFSZ, SIG_IGN);
-                  setrlimit(RLIMIT_FSIZE, &limit);
-                  std::string text;
-                  while (text.size() < 100000) text += "key=value\n";
-                  EXPECT_EQ(Saving(path, coalesced, text), "saved");
-                  EXPECT_EQ(Saving(path, coalesced, text + "\n"), tooBig(path));
-                  return true;
-                }).Wait());
+    EXPECT_TRUE(SucceedsInChild([&] {
+      const rlimit limit = {100000, 100000};
+      std::signal(SIGXFSZ, SIG_IGN);
+      setrlimit(RLIMIT_FSIZE, &limit);
+      std::string text;
+      while (text.size() < 100000) text += "key=value\n";
+      EXPECT_EQ(Saving(path, coalesced, text), "saved");
+      EXPECT_EQ(Saving(path, coalesced, text + "\n"), tooBig(path));
+      return true;
+    }));
   }
 }
 
@@ -245,18 +220,18 @@ TEST(Read, AFileThatIsNotOursToOpen) {
   chmod(closed.c_str(), 0);
   chmod(kept.c_str(), 0444);
   chmod(directory.Path().c_str(), 0755);
-  EXPECT_TRUE(Child([&] {
-                if (geteuid() == 0 && setuid(65534) != 0) return false;  // root may open anything
-                const auto refused = [](const std::string& path) {
-                  return "Error opening file \"" + path + "\" : " + std::strerror(EACCES);
-                };
-                EXPECT_EQ(Reading(closed, true), refused(closed));
-                EXPECT_EQ(Reading(kept, false), refused(kept));
-                EXPECT_EQ(Reading(kept, true), "a=1\n");
-                EXPECT_EQ(Saving(kept, false, "b=2\n"),
-                          "Error saving file \"" + kept + "\" : " + std::strerror(EACCES));
-                return true;
-              }).Wait());
+  EXPECT_TRUE(SucceedsInChild([&] {
+    if (geteuid() == 0 && setuid(65534) != 0) return false;  // root may open anything
+    const auto refused = [](const std::string& path) {
+      return "Error opening file \"" + path + "\" : " + std::strerror(EACCES);
+    };
+    EXPECT_EQ(Reading(closed, true), refused(closed));
+    EXPECT_EQ(Reading(kept, false), refused(kept));
+    EXPECT_EQ(Reading(kept, true), "a=1\n");
+    EXPECT_EQ(Saving(kept, false, "b=2\n"),
+              "Error saving file \"" + kept + "\" : " + std::strerror(EACCES));
+    return true;
+  }));
 }
 
 }  // namespace

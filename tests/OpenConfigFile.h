@@ -12,7 +12,7 @@
 /// What is broken in a file image and one index of it, or an empty text.
 inline std::string Fault(const Configuration::ConfigLineList& lines,
                          const Configuration::ConfigEntryList& entries) {
-  std::size_t total = 0, count = 0;
+  std::size_t total = 0;
   auto entry = entries.begin();
   for (const Configuration::ConfigLine& line : lines.Lines()) {
     total += line.length;
@@ -22,10 +22,8 @@ inline std::string Fault(const Configuration::ConfigLineList& lines,
     if (key < line.text || key + keyLength > value) return "a key's view";
     if (value + valueLength > line.text + line.length) return "a value's view";
     ++entry;
-    ++count;
   }
   if (entry != entries.end()) return "an entry without its line, or out of order";
-  if (count != entries.Count()) return "the count of entries";
   return total == lines.totalLength ? "" : "totalLength";
 }
 
@@ -39,19 +37,18 @@ class OpenConfigFile : public Configuration::ConfigFile {
   using ConfigFile::lines;
   using ConfigFile::Load;
   using ConfigFile::path;
-  using ConfigFile::Tidy;
 
-  /// Reads the file at `filePath`, which may be written too.
+  /// Reads a file, "=" and "#" its tokens unless others are given.
   explicit OpenConfigFile(const std::string& filePath, const char* separatorToken = "=",
                           const char* commentToken = "#", const char* prefix = nullptr)
       : ConfigFile(filePath.c_str(), false, false, false, separatorToken, commentToken, prefix) {}
 
-  /// The image, by way of `SaveToBuffer`; with nothing to spare and with one byte too few.
+  /// The image, by way of a buffer that just fits; one byte less must be refused.
   std::string Image() {
     std::string image(lines->totalLength + 1, '?');
     const bool fitsOneLess = SaveToBuffer(image.data(), lines->totalLength);
     if (fitsOneLess || (lines->totalLength > 0 && image[0] != '\0')) return "one byte too few";
-    if (!SaveToBuffer(image.data(), image.size())) return "no image";
+    if (!SaveToBuffer(image.data(), image.size()) || image.back() != '\0') return "no image";
     image.pop_back();
     return image;
   }

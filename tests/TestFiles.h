@@ -16,10 +16,9 @@ namespace TestFiles {
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
-    std::random_device random;
-    do {
-      path_ = std::filesystem::temp_directory_path() / ("zelconfutils-" + std::to_string(random()));
-    } while (!std::filesystem::create_directory(path_));
+    const std::string name = "zelconfutils-" + std::to_string(std::random_device()());
+    path_ = std::filesystem::temp_directory_path() / name;
+    std::filesystem::create_directory(path_);
   }
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -28,18 +27,18 @@ class TemporaryDirectory {
     std::filesystem::remove_all(path_, ignored);
   }
 
-  /// The path of `name` in the directory; without a name that of the directory.
-  std::string Path(const std::string& name = "") const {
-    return name.empty() ? path_.string() : (path_ / name).string();
-  }
+  std::string Path() const { return path_.string(); }
+  std::string Path(const char* name) const { return (path_ / name).string(); }
 
  private:
   std::filesystem::path path_;
 };
 
+/// Writes a new file: cutting one that was just written waits for the disk on some file systems.
 inline void Write(const std::string& path, std::string_view bytes) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  std::filesystem::remove(path);
+  std::ofstream(path, std::ios::binary)
+      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 inline std::string Read(const std::string& path) {
