@@ -53,7 +53,6 @@ TEST(FailedAllocation, LeavesTheImageBeforeOrAfter) {
   std::unique_ptr<File> file;
   std::string failure, before, after;
   failure.reserve(500);
-  before.reserve(5000);
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     int failed = 0;
@@ -68,15 +67,17 @@ TEST(FailedAllocation, LeavesTheImageBeforeOrAfter) {
         }
       };
       const auto make = [&]() -> std::function<void()> {
+        file.reset();
         failure.clear();
         blocks = FailingNew::LiveBlocks();
         file = std::make_unique<File>(kPath);
         file->DeleteEntry("b");
         for (int i = 0; i < more; ++i) file->AddEntry("d", kFifty.c_str(), false);
-        before = file->Image();
         return [&run] { run(); };
       };
-      make()();
+      const auto unharmed = make();
+      before = file->Image();
+      unharmed();
       if (file->lines != nullptr) after = file->Image();
       failed += FailingNew::ForEachAllocation(make, [&](bool threw) {
         if (file->lines == nullptr) {

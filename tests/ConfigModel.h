@@ -202,7 +202,7 @@ class File {
   Line& At(int i) { return lines_[static_cast<size_t>(i)]; }
   int Next(int i) const {
     const auto isEntry = [](const Line& line) { return line.isEntry; };
-    const auto next = std::find_if(lines_.begin() + i + 1, lines_.end(), isEntry);
+    const auto next = std::find_if(lines_.begin() + (i + 1), lines_.end(), isEntry);
     return next == lines_.end() ? kEnd : static_cast<int>(next - lines_.begin());
   }
   int Previous(int behind) const {
