@@ -35,7 +35,8 @@ FileIterator::~FileIterator() { CloseFile(); }
 
 bool FileIterator::HasMoreLines() { return stream.is_open() && !stream.eof(); }
 
-// The stream fills a piece of our own and not a string: it would swallow a failed allocation.
+// The stream fills a piece of our own and not a string: it would swallow a failed allocation. An
+// LF behind a full piece is still taken with it, so that a CR in front of it is in the same piece.
 std::string FileIterator::GetLine() {
   std::string line;
   std::streamoff taken = 0;
@@ -46,16 +47,13 @@ std::string FileIterator::GetLine() {
     taken += stream.gcount();
     auto length = static_cast<std::size_t>(stream.gcount());
     if (stream.bad()) stream.setstate(std::ios::eofbit);
-    if (stream.good()) {  // an LF was met; it is counted, but not stored
+    if (stream.good()) {  // an LF was met: counted, but not stored
       --length;
-      if (length > 0 && piece[length - 1] == '\r') {
-        --length;
-      } else if (length == 0 && !line.empty() && line.back() == '\r') {
-        line.pop_back();
-      }
+      if (length > 0 && piece[length - 1] == '\r') --length;
       piece[length++] = '\n';
     }
     complete = stream.good() || stream.eof();
+    if (!complete) stream.clear();  // the piece is full: the line goes on
     try {
       line.append(piece, length);
     } catch (...) {
@@ -63,7 +61,6 @@ std::string FileIterator::GetLine() {
       stream.rdbuf()->pubseekoff(-taken, std::ios::cur, std::ios::in);
       throw;
     }
-    if (!complete) stream.clear();  // the piece is full: the line goes on
   }
   return line;
 }
