@@ -85,6 +85,7 @@ TEST(FailedAllocation, LeavesTheImageBeforeOrAfter) {
         } else {
           EXPECT_EQ(file->Image(), threw ? before : after);
           EXPECT_EQ(file->Fault(), "");
+          EXPECT_TRUE(!threw || file->path == kPath);
         }
         file.reset();
         EXPECT_EQ(FailingNew::LiveBlocks(), blocks);

@@ -203,7 +203,7 @@ TEST(Save, OneRefusedWriteInTheMiddleIsEnough) {
   Configuration::ConfigLineList lines;
   for (int i = 0; i < 20000; ++i) lines.AddLine("key=value\n", true);
   for (const bool coalesced : {false, true}) {
-    for (const std::size_t limit : {0, 1, 4096, 20000, 150000, 199999}) {
+    for (const std::size_t limit : {0u, 1u, 4096u, 20000u, 150000u, 199999u}) {
       std::size_t left = limit;
       std::FILE* stream = fopencookie(&left, "w", {nullptr, TakeSome, nullptr, nullptr});
       EXPECT_FALSE(lines.WriteAll(stream, coalesced) && std::fflush(stream) == 0) << limit;
