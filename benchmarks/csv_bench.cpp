@@ -28,7 +28,7 @@ namespace {
 
 constexpr std::size_t kFileBytes = 100'000'000;
 constexpr int kColumns = 10;
-constexpr std::size_t kBlockBytes = 64 * 1024;
+constexpr std::size_t kBlockBytes = std::size_t{64} * 1024;
 constexpr int kRuns = 5;
 
 struct Table {

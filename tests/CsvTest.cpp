@@ -178,7 +178,8 @@ TEST(CsvReading, EveryShortFileGivesTheRowsOfTheTwin) {
       SCOPED_TRACE(Visible(text));
       file.Write(text);
       for (const Variant& variant : kVariants) CompareDocument(file.Path(), text, variant, row);
-      for (const std::size_t blockBytes : {1, 2, 3}) CompareReader(file.Path(), text, blockBytes);
+      for (const std::size_t blockBytes : {1u, 2u, 3u})
+        CompareReader(file.Path(), text, blockBytes);
       if (HasFailure()) return;
     }
   }
@@ -190,7 +191,7 @@ TEST(CsvReading, EveryShortTextInsideALongFileGivesTheRowsOfTheTwin) {
   const TemporaryFile file(text);
   CsvDocumentRow row;
   for (const Variant& variant : kVariants) CompareDocument(file.Path(), text, variant, row);
-  for (const std::size_t blockBytes : {5, 64}) CompareReader(file.Path(), text, blockBytes);
+  for (const std::size_t blockBytes : {5u, 64u}) CompareReader(file.Path(), text, blockBytes);
 }
 
 // Records around the size of a map of 64 bytes and of a block, fields around the room of a short

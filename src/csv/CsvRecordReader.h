@@ -12,7 +12,7 @@
 class CsvRecordReader {
  public:
   /// Large enough that the calls to the system do not count, small enough for the nearer caches.
-  static constexpr std::size_t kBlockBytes = 64 * 1024;
+  static constexpr std::size_t kBlockBytes = std::size_t{64} * 1024;
 
   /// Reads in blocks of `blockBytes` bytes, at least 1. Throws `std::bad_alloc`.
   explicit CsvRecordReader(std::size_t blockBytes = kBlockBytes);
