@@ -30,11 +30,10 @@ std::FILE* CsvRecordReader::Open(const char* path) {
 }
 
 bool CsvRecordReader::ReadRecord() {
-  if (!unread_) {
+  if (!std::exchange(unread_, false)) {
     record_.clear();
     if (record_.capacity() > blockBytes_) record_.shrink_to_fit();  // one long record, once
   }
-  unread_ = true;  // until it is whole: an append below may throw
   while (!EndsInLineEnd(record_) && !AtEnd()) {
     const std::size_t lineEnd = FindLineEnd();
     const std::size_t bytes = (lineEnd < end_ ? lineEnd + 1 : end_) - at_;
@@ -46,7 +45,6 @@ bool CsvRecordReader::ReadRecord() {
       ++at_;
     }
   }
-  unread_ = false;
   return EndsInLineEnd(record_);
 }
 

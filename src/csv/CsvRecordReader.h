@@ -21,11 +21,12 @@ class CsvRecordReader {
   std::FILE* Open(const char* path);
 
   /// Fetches the next record into `Record()`; CR LF counts as LF. False if the end of the file
-  /// came before a line end; the record is then what was left, perhaps nothing. A failed
-  /// allocation throws `std::bad_alloc`, and the next call goes on with the same record.
+  /// came before a line end; the record is then what was left, perhaps nothing. Throws
+  /// `std::bad_alloc`, also for a record whose bytes and NUL cannot be counted in 32 bits;
+  /// `Record()` is then the part that was read.
   bool ReadRecord();
 
-  /// Lets the next `ReadRecord` give the record in hand once more.
+  /// Lets the next `ReadRecord` give the record in hand once more, or go on with the part of it.
   void PutBack() { unread_ = true; }
 
   /// The record in hand, with its CR or LF, until the next `ReadRecord`.
@@ -51,7 +52,7 @@ class CsvRecordReader {
   std::size_t nextCr_ = 0;  // the first CR at or behind at_, `end_` if there is none;
   std::size_t nextLf_ = 0;  //   out of date if it lies before at_. The same for LF.
   std::string record_;
-  bool unread_ = false;  // record_ has not been delivered yet
+  bool unread_ = false;  // the next ReadRecord keeps record_
 };
 
 #endif

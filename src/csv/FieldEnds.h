@@ -16,7 +16,7 @@ class FieldEnds {
   FieldEnds(const char* text, std::size_t bytes, char delimiter)
       : text_(text), bytes_(bytes), delimiter_(delimiter) {}
 
-  /// The offset of the next such byte; `bytes` behind the last one.
+  /// The offset of the next such byte; `bytes` or more behind the last one.
   std::size_t Next() {
     while (ends_ == 0) {
       if (mapped_ == bytes_) return bytes_;
@@ -38,12 +38,13 @@ class FieldEnds {
   }
 
   // Bit i tells of byte i. The loops have a fixed length, so that compilers turn them into a
-  // handful of vector operations; a shorter text is copied to that length.
+  // handful of vector operations; a shorter text is copied to that length, and its padding
+  // counts as ends.
   std::uint64_t Map(const char* text, std::size_t bytes) const {
     if (bytes == kMapBytes) return Map(text);
     char block[kMapBytes] = {};
     std::memcpy(block, text, bytes);
-    return Map(block) & ((std::uint64_t{1} << bytes) - 1);
+    return Map(block);
   }
 
   std::uint64_t Map(const char* block) const {
