@@ -116,6 +116,8 @@ TEST_F(Format, EachLineIsACommentAnEntryOrNeither) {
 
 TEST_F(Format, HoldsEveryByteThatNoEditNames) {
   const auto line = [](std::size_t bytes) { return std::string(bytes - 1, 'x') + "\n"; };
+  std::string block;  // what a writer's block of 32768 bytes holds, less 32 bytes
+  while (block.size() < 32 * 1023) block += line(1023);
   const std::string hazards[] = {"",
                                  "\n",
                                  "x",
@@ -137,7 +139,8 @@ TEST_F(Format, HoldsEveryByteThatNoEditNames) {
                                  "=\n==\n=\n# only\n#",
                                  "\x1A\na=1\n\x1A",
                                  "a=1\nb=2",
-                                 std::string(1023, '=') + std::string(1100, ' ') + "\n"};
+                                 std::string(1023, '=') + std::string(1100, ' ') + "\n",
+                                 block + line(32) + block + line(33) + block};
   const std::string longer = "a value that moves the text of its line";
   for (const std::string& hazard : hazards) {
     SCOPED_TRACE(testing::PrintToString(hazard.substr(0, 40)));
