@@ -10,15 +10,20 @@ constexpr long kNever = -1;
 long liveBlocks = 0;
 long untilFailure = kNever;
 
-void* Allocate(std::size_t bytes) {
+void* AllocateOrNull(std::size_t bytes) noexcept {
   if (untilFailure == 0) {
     untilFailure = kNever;
-    throw std::bad_alloc();
+    return nullptr;
   }
   if (untilFailure > 0) --untilFailure;
   void* block = std::malloc(bytes == 0 ? 1 : bytes);
+  if (block != nullptr) ++liveBlocks;
+  return block;
+}
+
+void* Allocate(std::size_t bytes) {
+  void* block = AllocateOrNull(bytes);
   if (block == nullptr) throw std::bad_alloc();
-  ++liveBlocks;
   return block;
 }
 
@@ -32,6 +37,13 @@ void Release(void* block) noexcept {
 
 void* operator new(std::size_t bytes) { return Allocate(bytes); }
 void* operator new[](std::size_t bytes) { return Allocate(bytes); }
+// Under a sanitizer these would otherwise be its own, and their blocks not ours to release.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return AllocateOrNull(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  return AllocateOrNull(bytes);
+}
 void operator delete(void* block) noexcept { Release(block); }
 void operator delete[](void* block) noexcept { Release(block); }
 void operator delete(void* block, std::size_t) noexcept { Release(block); }

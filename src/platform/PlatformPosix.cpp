@@ -35,17 +35,21 @@ std::int64_t FileLength(int descriptor) {
 // flock and fcntl locks do not see each other, and other programs use either. Both together keep
 // all of them out. The fcntl lock belongs to the open file description: the classic kind would
 // be lost when any other descriptor of the file is closed. A write lock needs a writable
-// descriptor; a stream opened "r" takes a read lock, which still meets every foreign writer.
+// descriptor; a stream opened "r" takes a read lock, which still keeps every writer out, and asks
+// for foreign read locks, which would let it in.
 bool TryLockBytes(int descriptor, std::int64_t bytes) {
   if (bytes == 0) return true;  // l_len 0 would mean "to the end, wherever that comes to be"
   if (flock(descriptor, LOCK_EX | LOCK_NB) != 0) return false;
   struct flock range = {};
-  const bool readable = (fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY;
-  range.l_type = readable ? F_RDLCK : F_WRLCK;
+  range.l_type = F_WRLCK;
   range.l_whence = SEEK_SET;
   range.l_len = bytes;
-  if (fcntl(descriptor, F_OFD_SETLK, &range) == 0) return true;
-  const int reason = errno;
+  struct flock foreign = range;
+  const bool readOnly = (fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY;
+  if (readOnly) range.l_type = F_RDLCK;
+  const bool isFree = fcntl(descriptor, F_OFD_GETLK, &foreign) == 0 && foreign.l_type == F_UNLCK;
+  if (isFree && fcntl(descriptor, F_OFD_SETLK, &range) == 0) return true;
+  const int reason = isFree ? errno : EAGAIN;
   flock(descriptor, LOCK_UN);
   errno = reason;
   return false;
