@@ -157,12 +157,14 @@ bool ConfigFile::GotoLastEntry() { return Walk::ToLast(*entries, *cursor, afterD
 std::size_t ConfigFile::GetEntryCount() const { return entries->Count(); }
 
 std::size_t ConfigFile::GetEntry(const char* key, char* buffer, std::size_t size) {
-  return EntryOperations::GetEntry(Scope(), key, buffer, size);
+  afterDelete = false;
+  return EntryEdit::CopyValueOf(*entries, key, buffer, size);
 }
 
 std::size_t ConfigFile::GetCurrentEntry(char* keyBuffer, std::size_t keySize, char* valueBuffer,
                                         std::size_t valueSize) {
-  return EntryOperations::GetCurrentEntry(Scope(), keyBuffer, keySize, valueBuffer, valueSize);
+  return EntryOperations::GetCurrentEntry(*entries, *cursor, keyBuffer, keySize, valueBuffer,
+                                          valueSize);
 }
 
 bool ConfigFile::AddEntry(const char* key, const char* value, bool atBeginning) {

@@ -5,16 +5,11 @@
 
 namespace Configuration::EntryOperations {
 
-std::size_t GetEntry(EntryScope scope, const char* key, char* buffer, std::size_t size) {
-  scope.afterDelete = false;
-  return EntryEdit::CopyValueOf(scope.entries, key, buffer, size);
-}
-
-std::size_t GetCurrentEntry(EntryScope scope, char* keyBuffer, std::size_t keySize,
-                            char* valueBuffer, std::size_t valueSize) {
-  Walk::Settle(scope.entries, scope.cursor);
-  if (scope.cursor.IsEnd()) return 0;
-  return EntryEdit::CopyOut(*scope.cursor, keyBuffer, keySize, valueBuffer, valueSize);
+std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, char* keyBuffer,
+                            std::size_t keySize, char* valueBuffer, std::size_t valueSize) {
+  Walk::Settle(entries, cursor);
+  if (cursor.IsEnd()) return 0;
+  return EntryEdit::CopyOut(*cursor, keyBuffer, keySize, valueBuffer, valueSize);
 }
 
 bool AddEntry(EntryScope scope, const char* key, const char* value, bool atBeginning) {

@@ -8,14 +8,13 @@
 
 /// The operations over the entries of a whole file, with their cursor and flag rules: those of
 /// `ConfigFile`, and those of the top level of `MultiSectionFile`. The public headers tell what
-/// each does. Moves that need no rule beyond `Walk` are not repeated here.
+/// each does. What needs no rule beyond `Walk` and `EntryEdit` is not repeated here.
 ///
 /// They differ on purpose from the operations over a section's entries.
 namespace Configuration::EntryOperations {
 
-std::size_t GetEntry(EntryScope scope, const char* key, char* buffer, std::size_t size);
-std::size_t GetCurrentEntry(EntryScope scope, char* keyBuffer, std::size_t keySize,
-                            char* valueBuffer, std::size_t valueSize);
+std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, char* keyBuffer,
+                            std::size_t keySize, char* valueBuffer, std::size_t valueSize);
 bool AddEntry(EntryScope scope, const char* key, const char* value, bool atBeginning);
 bool InsertEntry(EntryScope scope, const char* key, const char* value);
 std::size_t SetEntry(EntryScope scope, const char* key, const char* value);

@@ -13,12 +13,21 @@ constexpr std::size_t kNone = std::string_view::npos;
 
 /// The offset of the first `token` in `line`; an empty token occurs in no line.
 inline std::size_t Find(std::string_view line, std::string_view token) {
+  if (token.size() == 1) return line.find(token.front());  // the usual one: a plain memchr
   return token.empty() ? kNone : line.find(token);
+}
+
+/// `Find` for a line as it was read, in which a line feed can only be the last byte: a token that
+/// ends in one needs no search.
+inline std::size_t FindInFreshLine(std::string_view line, std::string_view token) {
+  if (token.empty() || token.back() != '\n') return Find(line, token);
+  return line.ends_with(token) ? line.size() - token.size() : kNone;
 }
 
 /// A comment token counts at the very first byte alone. (An empty one makes all lines comments.)
 inline bool IsComment(std::string_view line, std::string_view comment) {
-  return line.substr(0, comment.size()) == comment;
+  if (comment.size() == 1) return !line.empty() && line.front() == comment.front();
+  return line.starts_with(comment);
 }
 
 /// The parts of an entry line, left to right:

@@ -2,12 +2,13 @@
 #ifndef ZELCONFUTILS_CONFIG_LINKED_LIST_H
 #define ZELCONFUTILS_CONFIG_LINKED_LIST_H
 
-#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <type_traits>
 #include <utility>
+
+#include "config/SlabChain.h"
 
 namespace Configuration {
 
@@ -29,18 +30,12 @@ struct LinkedListNode {
 template <class Node>
 class NodePool {
  public:
-  NodePool() = default;
-  NodePool(const NodePool&) = delete;
-  NodePool& operator=(const NodePool&) = delete;
-  ~NodePool() { Reset(); }
-
   /// Sees to it that the next `Take` does not throw. May throw `std::bad_alloc`.
   void Reserve() {
     if (free_ != nullptr || unused_ != unusedEnd_) return;
-    slabs_ = new (::operator new(sizeof(Slab) + nextSlabNodes_ * sizeof(Node))) Slab{slabs_};
-    unused_ = reinterpret_cast<Node*>(slabs_ + 1);
-    unusedEnd_ = unused_ + nextSlabNodes_;
-    nextSlabNodes_ = std::min(nextSlabNodes_ * 2, kLargestSlabNodes);
+    const SlabChain::Room room = slabs_.Add();
+    unused_ = reinterpret_cast<Node*>(room.begin);
+    unusedEnd_ = unused_ + static_cast<std::size_t>(room.end - room.begin) / sizeof(Node);
   }
 
   /// A node without an element. May throw `std::bad_alloc`.
@@ -58,24 +53,15 @@ class NodePool {
 
   /// Releases all storage. No node may be in use.
   void Reset() noexcept {
-    while (slabs_ != nullptr) ::operator delete(std::exchange(slabs_, slabs_->next));
+    slabs_.Reset();
     free_ = unused_ = unusedEnd_ = nullptr;
-    nextSlabNodes_ = kFirstSlabNodes;
   }
 
  private:
-  struct alignas(Node) Slab {
-    Slab* next;
-  };
-
-  static constexpr std::size_t kFirstSlabNodes = 4;  // a small list must stay small
-  static constexpr std::size_t kLargestSlabNodes = (std::size_t{1} << 20) / sizeof(Node) + 1;
-
-  Slab* slabs_ = nullptr;
+  SlabChain slabs_;
   Node* free_ = nullptr;
   Node* unused_ = nullptr;
   Node* unusedEnd_ = nullptr;
-  std::size_t nextSlabNodes_ = kFirstSlabNodes;
 };
 
 template <class Element>

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "config/TextPool.h"
 
-#include <algorithm>
 #include <new>
 
 namespace Configuration {
 
 void swap(TextPool& left, TextPool& right) noexcept {
-  std::swap(left.slabs_, right.slabs_);
-  std::swap(left.longBlocks_, right.longBlocks_);
+  swap(left.slabs_, right.slabs_);
   std::swap(left.unused_, right.unused_);
-  std::swap(left.unusedBytes_, right.unusedBytes_);
-  std::swap(left.nextSlabBytes_, right.nextSlabBytes_);
+  std::swap(left.longBlocks_, right.longBlocks_);
   std::swap(left.freeBySize_, right.freeBySize_);
 }
 
@@ -36,23 +33,17 @@ void TextPool::Give(char* block, std::size_t bytes) noexcept {
 }
 
 void TextPool::Reset() noexcept {
-  while (slabs_ != nullptr) ::operator delete(std::exchange(slabs_, slabs_->next));
+  slabs_.Reset();
   while (longBlocks_ != nullptr) ::operator delete(std::exchange(longBlocks_, longBlocks_->next));
-  unused_ = nullptr;
-  unusedBytes_ = 0;
-  nextSlabBytes_ = kFirstSlabBytes;
+  unused_ = {nullptr, nullptr};
   freeBySize_.fill(nullptr);
 }
 
 char* TextPool::TakeFromSlab(std::size_t bytes) {
-  if (bytes > unusedBytes_) {  // what is left of the slab, under one block, is given up
-    slabs_ = new (::operator new(nextSlabBytes_)) Slab{slabs_};
-    unused_ = reinterpret_cast<char*>(slabs_ + 1);
-    unusedBytes_ = nextSlabBytes_ - sizeof(Slab);
-    nextSlabBytes_ = std::min(nextSlabBytes_ * 2, kLargestSlabBytes);
+  if (bytes > static_cast<std::size_t>(unused_.end - unused_.begin)) {
+    unused_ = slabs_.Add();  // what is left of the slab, under one block, is given up
   }
-  unusedBytes_ -= bytes;
-  return std::exchange(unused_, unused_ + bytes);
+  return std::exchange(unused_.begin, unused_.begin + bytes);
 }
 
 char* TextPool::TakeLong(std::size_t bytes) {

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "config/SlabChain.h"
+
 namespace Configuration {
 
 /// Blocks for line texts: each a block of its own, taken and given back alone. Blocks of the
@@ -33,28 +35,21 @@ class TextPool {
   struct FreeBlock {
     FreeBlock* next;
   };
-  struct Slab {
-    Slab* next;
-  };
   /// Stands in front of a long block, so that the pool finds it without the line's help.
   struct LongBlock {
     LongBlock* previous;
     LongBlock* next;
   };
 
-  static constexpr std::size_t kGranule = 8;           // block sizes are multiples of this
-  static constexpr std::size_t kLongestPooled = 256;   // a line of 222 bytes with its slack
-  static constexpr std::size_t kFirstSlabBytes = 512;  // a small object must stay small
-  static constexpr std::size_t kLargestSlabBytes = std::size_t{1} << 20;
+  static constexpr std::size_t kGranule = 8;          // block sizes are multiples of this
+  static constexpr std::size_t kLongestPooled = 256;  // a line of 222 bytes with its slack
 
   char* TakeFromSlab(std::size_t bytes);
   char* TakeLong(std::size_t bytes);
 
-  Slab* slabs_ = nullptr;
+  SlabChain slabs_;
+  SlabChain::Room unused_{nullptr, nullptr};
   LongBlock* longBlocks_ = nullptr;
-  char* unused_ = nullptr;
-  std::size_t unusedBytes_ = 0;
-  std::size_t nextSlabBytes_ = kFirstSlabBytes;
   std::array<FreeBlock*, kLongestPooled / kGranule> freeBySize_{};
 };
 

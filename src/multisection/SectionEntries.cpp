@@ -64,8 +64,8 @@ std::size_t MultiSectionFile::GetSecCurrentEntry(char* keyBuffer, std::size_t ke
   afterDelete = false;
   ConfigSection* section = SettledSection();
   if (section == nullptr) return 0;
-  return EntryOperations::GetCurrentEntry(SectionScope(*section), keyBuffer, keySize, valueBuffer,
-                                          valueSize);
+  return EntryOperations::GetCurrentEntry(section->entries, section->entryCursor, keyBuffer,
+                                          keySize, valueBuffer, valueSize);
 }
 
 std::size_t MultiSectionFile::SetSecCurrentEntry(const char* value) {

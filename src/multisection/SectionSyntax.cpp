@@ -9,20 +9,21 @@
 namespace Configuration::SectionSyntax {
 
 using EntrySyntax::Find;
+using EntrySyntax::FindInFreshLine;
 using EntrySyntax::IsComment;
 using EntrySyntax::kNone;
 
 LineClass ClassifyOutside(std::string_view line, const SectionTokens& tokens) {
   if (IsComment(line, tokens.comment)) return {LineKind::kSkipped, kNone};
   const std::size_t separatorAt = Find(line, tokens.separator);
-  const std::size_t startAt = Find(line, tokens.StartNeedle());
+  const std::size_t startAt = FindInFreshLine(line, tokens.StartNeedle());
   if (startAt != kNone && separatorAt >= startAt) return {LineKind::kHeader, kNone};
   return {separatorAt != kNone ? LineKind::kEntry : LineKind::kSkipped, separatorAt};
 }
 
 LineClass ClassifyInside(std::string_view line, const SectionTokens& tokens) {
   if (IsComment(line, tokens.comment)) return {LineKind::kSkipped, kNone};
-  if (Find(line, tokens.StopNeedle()) != kNone) return {LineKind::kStop, kNone};
+  if (FindInFreshLine(line, tokens.StopNeedle()) != kNone) return {LineKind::kStop, kNone};
   const std::size_t separatorAt = Find(line, tokens.separator);
   return {separatorAt != kNone ? LineKind::kEntry : LineKind::kSkipped, separatorAt};
 }

@@ -27,12 +27,13 @@ bool MultiSectionFile::GotoLastEntry() { return Walk::ToLast(*entries, *entryCur
 std::size_t MultiSectionFile::GetEntryCount() const { return entries->Count(); }
 
 std::size_t MultiSectionFile::GetEntry(const char* key, char* buffer, std::size_t size) {
-  return EntryOperations::GetEntry(TopLevelScope(), key, buffer, size);
+  afterDelete = false;
+  return EntryEdit::CopyValueOf(*entries, key, buffer, size);
 }
 
 std::size_t MultiSectionFile::GetCurrentEntry(char* keyBuffer, std::size_t keySize,
                                               char* valueBuffer, std::size_t valueSize) {
-  return EntryOperations::GetCurrentEntry(TopLevelScope(), keyBuffer, keySize, valueBuffer,
+  return EntryOperations::GetCurrentEntry(*entries, *entryCursor, keyBuffer, keySize, valueBuffer,
                                           valueSize);
 }
 

@@ -2,6 +2,7 @@
 #ifndef ZELCONFUTILS_PLATFORM_PLATFORM_H
 #define ZELCONFUTILS_PLATFORM_PLATFORM_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -38,6 +39,10 @@ bool MakeDirectory(const char* path);
 
 /// Whether `path` names an existing directory.
 bool IsDirectory(const char* path);
+
+/// Asks the system to back a block of memory with large pages. A hint, with no effect where the
+/// system has none.
+void PreferLargePages(void* block, std::size_t bytes);
 
 }  // namespace Platform
 

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,6 +72,12 @@ bool MakeDirectory(const char* path) { return mkdir(path, 0777) == 0; }
 bool IsDirectory(const char* path) {
   struct stat status = {};
   return stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  madvise(block, bytes, MADV_HUGEPAGE);
+#endif
 }
 
 }  // namespace Platform

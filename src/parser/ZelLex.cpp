@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "ZelLex.h"
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+#include "platform/Text.h"
+
+namespace {
+
+constexpr signed char kEndMark = -1;
+constexpr std::size_t kLineLimit = std::numeric_limits<std::uint32_t>::max();  // of `position`
+
+}  // namespace
+
+ZelLex::ZelLex(StreamIterator* lineSource, bool skipWhiteSpaces)
+    : source(lineSource),
+      token(new ZelLexToken),
+      position(0),
+      current(0),
+      ignoreWhiteSpaces(skipWhiteSpaces),
+      atEnd(false) {}
+
+ZelLex::ZelLex(const ZelLex& other) : ZelLex(other.source, other.ignoreWhiteSpaces) {
+  *this = other;
+}
+
+ZelLex& ZelLex::operator=(const ZelLex& other) {
+  ZelLexToken record = *other.token;
+  std::string unread = other.line;
+  source = other.source;
+  *token = std::move(record);
+  line = std::move(unread);
+  position = other.position;
+  current = other.current;
+  ignoreWhiteSpaces = other.ignoreWhiteSpaces;
+  atEnd = other.atEnd;
+  return *this;
+}
+
+ZelLex::~ZelLex() { delete token; }
+
+ZelLexToken* ZelLex::GetToken() {
+  const char first = GetChar();
+  if (atEnd) [[unlikely]] {
+    ResetToken();
+    return nullptr;
+  }
+  const ZelLexTokenKind kind = KindOf(first);
+  if (kind == StringConstantToken) {
+    ReadStringConstant();
+  } else if (kind == DigitConstantToken) {
+    ReadDigitConstant();
+  } else if (kind == WhiteSpaceToken && ignoreWhiteSpaces) {
+    IgnoreWhiteSpaces();
+  } else {
+    token->text = first;
+    token->kind = kind;
+  }
+  return token;
+}
+
+char ZelLex::GetChar() {
+  if (current == kEndMark || (position == line.size() && !FetchLine())) [[unlikely]] {
+    atEnd = true;
+    current = kEndMark;
+  } else {
+    current = static_cast<signed char>(line[position++]);
+  }
+  return static_cast<char>(current);
+}
+
+// The byte to step back to is missing where a source follows an unterminated line with an empty
+// one: `line` is empty then, and `position` stands behind it. That is the end of the input.
+int ZelLex::PutChar() {
+  --position;
+  current = position < line.size() ? static_cast<signed char>(line[position]) : kEndMark;
+  return current;
+}
+
+void ZelLex::ResetToken() {
+  token->kind = UnknownToken;
+  token->text.clear();
+}
+
+void ZelLex::IgnoreWhiteSpaces() {
+  ReadRun(WhiteSpaceToken);
+  ResetToken();
+}
+
+void ZelLex::ReadDigitConstant() { ReadRun(DigitConstantToken); }
+
+void ZelLex::ReadStringConstant() { ReadRun(StringConstantToken); }
+
+// Finds the end of the run in the line and takes the bytes at once. The NUL that a string keeps
+// behind its last byte is punctuation, so that it stops the search at the line's end.
+void ZelLex::ReadRun(ZelLexTokenKind kind) {
+  ResetToken();
+  std::size_t end = position;
+  do {
+    const char* const bytes = line.data();
+    const std::size_t start = --position;  // a failed allocation finds the run unread
+    end = start + 1;
+    while (KindOf(bytes[end]) == kind) ++end;
+    token->text.append(bytes + start, end - start);
+    position = static_cast<std::uint32_t>(end);
+    current = static_cast<signed char>(bytes[end]);
+  } while (end == line.size() && RunGoesOn(kind));
+  token->kind = kind;
+}
+
+// The line ended inside the run. Where the source throws, the run is put back as the line to read.
+bool ZelLex::RunGoesOn(ZelLexTokenKind kind) {
+  try {
+    GetChar();
+  } catch (...) {
+    line.swap(token->text);
+    position = 0;
+    throw;
+  }
+  if (KindOf(static_cast<char>(current)) == kind) return true;
+  PutChar();
+  return false;
+}
+
+// False at the end of the input.
+bool ZelLex::FetchLine() {
+  if (source == nullptr || !source->HasMoreLines()) return false;
+  line = source->GetLine();
+  if (line.empty()) return false;
+  if (line.size() > kLineLimit) line.resize(kLineLimit);
+  position = 0;
+  return true;
+}
+
+ZelLexTokenKind ZelLex::KindOf(char c) {
+  static constexpr auto kKinds = [] {
+    std::array<std::uint8_t, 256> kinds = {};
+    for (std::size_t byte = 0; byte < kinds.size(); ++byte) {
+      const char member = static_cast<char>(byte);
+      if (IsOneOf(member, "!%^&*()-+={}|~[]\\;':\\\"<>?,./#_")) {
+        kinds[byte] = PunctuationToken;
+      } else if (member == '\n') {
+        kinds[byte] = NewLineToken;
+      } else if (member == ' ' || member == '\t' || member == '\v') {
+        kinds[byte] = WhiteSpaceToken;
+      } else if (Text::IsLetter(member)) {
+        kinds[byte] = StringConstantToken;
+      } else if (Text::IsDigit(member)) {
+        kinds[byte] = DigitConstantToken;
+      }
+    }
+    return kinds;
+  }();
+  return static_cast<ZelLexTokenKind>(kKinds[static_cast<unsigned char>(c)]);
+}

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "sections/TextBlock.h"
+
+#include <cstring>
+#include <utility>
+
+#include "platform/Text.h"
+
+namespace TextBlock {
+
+void Set(char*& block, const char* text) {
+  if (text == nullptr) return;
+  if (block == nullptr) block = new char[kBytes];  // what follows writes every byte of it
+  const void* end = std::memchr(text, '\0', kBytes - 1);
+  const std::size_t length =
+      end == nullptr ? kBytes - 1 : static_cast<std::size_t>(static_cast<const char*>(end) - text);
+  std::memmove(block, text, length);  // not memcpy: the text may be the block's own
+  std::memset(block + length, 0, kBytes - length);
+}
+
+void Adopt(char*& block, char*& fresh, const char* text) {
+  if (block == nullptr) {
+    std::swap(block, fresh);
+  } else {
+    Set(block, text);
+  }
+}
+
+void Wipe(char* block) {
+  if (block != nullptr) std::memset(block, 0, kBytes);
+}
+
+bool Match(const char* left, const char* right) {
+  if (left == nullptr || right == nullptr) return left == right;
+  return Text::EqualIgnoringCase(left, right);
+}
+
+}  // namespace TextBlock
