@@ -19,7 +19,7 @@ parser        StreamIterator ZelLex ZelParser
 sections      ZelSection Tree
 csv           CsvDocument'
 # Within src/config: each file may include only those that stand before it.
-floor='ConfigException SmartBuffer LinkedList TextPool ConfigLineList ConfigEntry EntrySyntax Walk EntryEdit EntryOperations
+floor='ConfigException SmartBuffer SlabChain LinkedList TextPool ConfigLineList ConfigEntry EntrySyntax Walk EntryEdit EntryOperations
 FileLock PathCheck FileAccess Release HeldContent ConfigFile'
 
 find src include -name '*.h' -o -name '*.cpp' | sort | xargs awk -v folders="$folders" -v public="$public" -v floor="$floor" '

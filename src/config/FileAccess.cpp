@@ -87,7 +87,7 @@ void ReadLines(std::FILE* stream, ConfigLineList& lines) {
   const std::size_t blockBytes =
       fileLength == 0 ? kReadBlockBytes
                       : std::clamp(fileLength + 1, kLongestLineBytes + 1, kReadBlockBytes);
-  const auto block = std::make_unique_for_overwrite<char[]>(blockBytes);
+  const std::unique_ptr<char[]> block(new char[blockBytes]);  // not zeroed
   std::size_t kept = 0;
   for (bool atEnd = false; !atEnd;) {
     const std::size_t wanted = blockBytes - kept;
