@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # What users and the rules of the house count on, tested with the compiler and flags of this build.
-if(WIN32)
+if(WIN32 OR NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
 set(consumer ${CMAKE_CURRENT_LIST_DIR})
