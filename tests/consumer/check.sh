@@ -62,6 +62,8 @@ use() {
 
   export PKG_CONFIG_PATH=$libdir/pkgconfig LD_LIBRARY_PATH=$libdir
   quiet pkg-config --exact-version=1.0.0 zelconfutils
+  same "static flag of pkg-config" "$([ -n "$shared" ] || echo -DZELCONFUTILS_STATIC)" \
+    "$(pkg-config --cflags-only-other zelconfutils | tr -d ' ')"
   # Hidden visibility in the program: the exception must be caught all the same.
   quiet "${CXX:-c++}" ${CXXFLAGS:-} -std=c++17 -fvisibility=hidden "$here/consumer.cpp" -o "$scratch/consumer" \
     $(pkg-config --cflags --libs zelconfutils)
