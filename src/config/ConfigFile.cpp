@@ -2,15 +2,12 @@
 #include "ConfigFile.h"
 
 #include <cstring>
-#include <memory>
-#include <new>
-#include <utility>
 
 #include "config/ConfigEntry.h"
 #include "config/EntryOperations.h"
 #include "config/EntrySyntax.h"
 #include "config/FileAccess.h"
-#include "config/HeldContent.h"
+#include "config/Refill.h"
 #include "config/Release.h"
 #include "config/Walk.h"
 #include "platform/Text.h"
@@ -65,21 +62,13 @@ void ConfigFile::Tidy() {
 }
 
 void ConfigFile::Read() {
-  try {
-    FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing);
-  } catch (const ConfigException&) {
-    Tidy();
-    throw;
-  }
+  TidyOnFailure([this] { FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing); },
+                [this] { Tidy(); });
 }
 
 bool ConfigFile::Save(bool coalesced, const char* target) {
-  try {
-    return FileAccess::Save(*lines, *fileLock, path, coalesced, target);
-  } catch (const ConfigException&) {
-    Tidy();
-    throw;
-  }
+  return TidyOnFailure([&] { return FileAccess::Save(*lines, *fileLock, path, coalesced, target); },
+                       [this] { Tidy(); });
 }
 
 void ConfigFile::Load() {
@@ -98,15 +87,13 @@ void ConfigFile::Load() {
 
 void ConfigFile::Reload() {
   if (path == nullptr) return;
-  HeldContent held(*lines, *entries, *cursor, afterDelete);
-  try {
-    ClearAll();
-    Read();
-    Load();
-  } catch (const std::bad_alloc&) {
-    held.PutBack();
-    throw;
-  }
+  Refill(
+      [this] {
+        ClearAll();
+        Read();
+        Load();
+      },
+      *lines, *entries, *cursor, afterDelete);
 }
 
 void ConfigFile::ClearAll() {
@@ -117,20 +104,15 @@ void ConfigFile::ClearAll() {
 }
 
 bool ConfigFile::AttachToBuffer(const char* text, const char* newPath) {
-  HeldContent held(*lines, *entries, *cursor, afterDelete);
-  std::unique_ptr<char[]> formerPath(std::exchange(path, nullptr));
-  try {
-    ClearAll();
-    path = Text::Duplicate(newPath);
-    if (!FileAccess::CutIntoLines(text, *lines)) return false;
-    Load();
-    return true;
-  } catch (const std::bad_alloc&) {
-    held.PutBack();
-    Release(path);
-    path = formerPath.release();
-    throw;
-  }
+  return Refill(
+      [&] {
+        ClearAll();
+        path = Text::Duplicate(newPath);
+        if (!FileAccess::CutIntoLines(text, *lines)) return false;
+        Load();
+        return true;
+      },
+      *lines, *entries, *cursor, afterDelete, path);
 }
 
 bool ConfigFile::SaveToBuffer(char* buffer, std::size_t size) {

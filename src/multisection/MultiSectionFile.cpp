@@ -2,14 +2,11 @@
 #include "MultiSectionFile.h"
 
 #include <cstring>
-#include <memory>
-#include <new>
-#include <utility>
 
 #include "config/EntryEdit.h"
 #include "config/EntrySyntax.h"
 #include "config/FileAccess.h"
-#include "config/HeldContent.h"
+#include "config/Refill.h"
 #include "config/Release.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionLoad.h"
@@ -84,45 +81,34 @@ void MultiSectionFile::Tidy() {
 }
 
 void MultiSectionFile::Read() {
-  try {
-    FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing);
-  } catch (const ConfigException&) {
-    Tidy();
-    throw;
-  }
+  TidyOnFailure([this] { FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing); },
+                [this] { Tidy(); });
 }
 
 bool MultiSectionFile::Save(bool coalesced, const char* target) {
-  try {
-    return FileAccess::Save(*lines, *fileLock, path, coalesced, target);
-  } catch (const ConfigException&) {
-    Tidy();
-    throw;
-  }
+  return TidyOnFailure([&] { return FileAccess::Save(*lines, *fileLock, path, coalesced, target); },
+                       [this] { Tidy(); });
 }
 
 void MultiSectionFile::Load() {
-  try {
-    if (!LoadSections(*lines, Tokens(), *sections, *entries)) FileAccess::ThrowCorrupted(path);
-  } catch (const ConfigException&) {
-    Tidy();
-    throw;
-  }
+  TidyOnFailure(
+      [this] {
+        if (!LoadSections(*lines, Tokens(), *sections, *entries)) FileAccess::ThrowCorrupted(path);
+      },
+      [this] { Tidy(); });
   *sectionCursor = sections->First();
   *entryCursor = entries->First();
 }
 
 void MultiSectionFile::Reload() {
   if (path == nullptr) return;
-  HeldContent held(*lines, *entries, *sections, *sectionCursor, *entryCursor, afterDelete);
-  try {
-    ClearAll();
-    Read();
-    Load();
-  } catch (const std::bad_alloc&) {
-    held.PutBack();
-    throw;
-  }
+  Refill(
+      [this] {
+        ClearAll();
+        Read();
+        Load();
+      },
+      *lines, *entries, *sections, *sectionCursor, *entryCursor, afterDelete);
 }
 
 void MultiSectionFile::ClearAll() {
@@ -135,20 +121,15 @@ void MultiSectionFile::ClearAll() {
 }
 
 bool MultiSectionFile::AttachToBuffer(const char* text, const char* newPath) {
-  HeldContent held(*lines, *entries, *sections, *sectionCursor, *entryCursor, afterDelete);
-  std::unique_ptr<char[]> formerPath(std::exchange(path, nullptr));
-  try {
-    ClearAll();
-    path = Text::Duplicate(newPath);
-    if (!FileAccess::CutIntoLines(text, *lines)) return false;
-    Load();
-    return true;
-  } catch (const std::bad_alloc&) {
-    held.PutBack();
-    Release(path);
-    path = formerPath.release();
-    throw;
-  }
+  return Refill(
+      [&] {
+        ClearAll();
+        path = Text::Duplicate(newPath);
+        if (!FileAccess::CutIntoLines(text, *lines)) return false;
+        Load();
+        return true;
+      },
+      *lines, *entries, *sections, *sectionCursor, *entryCursor, afterDelete, path);
 }
 
 bool MultiSectionFile::SaveToBuffer(char* buffer, std::size_t size) {
