@@ -1,0 +1,136 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Uses the library as its users do: check.sh installed BUILD | subproject | package BUILD
+# CXX and CXXFLAGS are the compiler and flags of the user.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(cd "$here/../.." && pwd)
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+printed='1 1 1 0 1 File "" is corrupted!'
+
+fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
+same() { [ "$2" = "$3" ] || fail "$1: expected"$'\n'"$2"$'\n'"but got"$'\n'"$3"; }
+quiet() { "$@" >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2; fail "$*"; }; }
+configure() { cmake -G Ninja -S "$here" -B "$scratch/$1" "-DWAY=$1" "${@:2}"; }
+
+# files LIBDIR: what an installation consists of.
+files() {
+  (cd "$root/include" && printf 'include/zelconfutils/%s\n' *.h)
+  printf "$1/%s\n" cmake/zelconfutils/zelconfutils-config{,-TYPE,-version}.cmake pkgconfig/zelconfutils.pc
+  if [ -n "$shared" ]; then printf "$1/%s\n" libzelconfutils.so{,.1,.1.0.0}; else echo "$1/libzelconfutils.a"; fi
+}
+
+# shared_library FILE: its name, what it needs, and that our classes, all of them, are what it exports.
+shared_library() {
+  local classes name
+  dynamic=$(readelf -dW "$1")
+  same SONAME libzelconfutils.so.1 "$(sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p' <<<"$dynamic")"
+  same RUNPATH "" "$(grep -E 'RPATH|RUNPATH' <<<"$dynamic" || true)"
+  [[ " ${CXXFLAGS:-} " == *-fsanitize* ]] ||
+    same "other libraries needed" "" "$(sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p' <<<"$dynamic" |
+      grep -vE '^(libstdc\+\+|libc\+\+|libc\+\+abi|libunwind|libgcc_s|libc|libm|ld-linux.*)\.so\.[0-9]+$' || true)"
+  same "undefined names" "" "$(ldd -r "$1" 2>&1 | grep -E 'undefined|not found' || true)"
+
+  classes=$(sed -nE 's/^(class|struct) ZELCONFUTILS_API (\w+).*/\2/p' "$root"/include/*.h | paste -sd'|')
+  nm -DC --defined-only "$1" | sed -E 's/^[0-9a-f ]{17}. //; s/@@.*//; /^ZELCONFUTILS_1$/d' >"$scratch/exports"
+  same "foreign names exported" "" "$(grep -vE \
+    "^((vtable|typeinfo( name)?) for )?(Configuration::)?($classes)(<ZelSection>)?(::.*)?$" "$scratch/exports" || true)"
+  for name in ${classes//|/ }; do
+    [ "$name" = ZelLexToken ] || grep -qE "^(Configuration::)?$name(<ZelSection>)?::$name\(" "$scratch/exports" ||
+      fail "no constructor of $name is exported"
+  done
+}
+
+# use PREFIX: an installed tree, found as CMake and pkg-config find it.
+use() {
+  local library libdir
+  library=$(find "$1" -name 'libzelconfutils.so' -o -name 'libzelconfutils.a')
+  libdir=$(dirname "$library")
+  shared=$([[ $library != *.so ]] || echo yes)
+  same "installed files" "$(files "${libdir#"$1"/}" | sort)" \
+    "$(cd "$1" && find . ! -type d ! -path './share/*' |
+      sed -E 's,^\./,,; s/-config-(release|debug|noconfig)/-config-TYPE/' | sort)"
+  same "installed paths of this build" "" "$(grep -rlIF -e "$root" -e "$scratch" "$1" || true)"
+  [ -z "$shared" ] || shared_library "$library"
+
+  if configure find_package "-DCMAKE_PREFIX_PATH=$1" -DVERSION=2.0 >"$scratch/log" 2>&1; then fail "version 2.0 found"; fi
+  grep -q 'zelconfutils-config.cmake, version: 1.0' "$scratch/log" || { cat "$scratch/log"; fail "2.0 refused, but not by name"; }
+  quiet configure find_package "-DCMAKE_PREFIX_PATH=$1" -DVERSION=1.0
+  quiet cmake --build "$scratch/find_package"
+  same "by find_package" "$printed" "$("$scratch/find_package/consumer")"
+
+  export PKG_CONFIG_PATH=$libdir/pkgconfig LD_LIBRARY_PATH=$libdir
+  quiet pkg-config --exact-version=1.0.0 zelconfutils
+  same "static flag of pkg-config" "$([ -n "$shared" ] || echo -DZELCONFUTILS_STATIC)" \
+    "$(pkg-config --cflags-only-other zelconfutils | tr -d ' ')"
+  # Hidden visibility in the program: the exception must be caught all the same.
+  quiet "${CXX:-c++}" ${CXXFLAGS:-} -std=c++17 -fvisibility=hidden "$here/consumer.cpp" -o "$scratch/consumer" \
+    $(pkg-config --cflags --libs zelconfutils)
+  same "by pkg-config" "$printed" "$("$scratch/consumer")"
+}
+
+# installed BUILD: works from any place, also after the tree was moved.
+installed() {
+  quiet cmake --install "$1" --prefix "$scratch/first"
+  mv "$scratch/first" "$scratch/moved"
+  use "$scratch/moved"
+}
+
+# The sources as a part of a larger project: nothing but the target comes in.
+subproject() {
+  local way kind build
+  while read -r way kind; do
+    quiet configure "$way" -DLIBRARY_SOURCE="$root" -DBUILD_SHARED_LIBS="$kind" -DCMAKE_BUILD_TYPE=Release \
+      -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+    build=$scratch/$way
+    quiet cmake --build "$build"
+    same "$way" "$printed" "$("$build/consumer")"
+    same "$way: tests" "Total Tests: 1" "$(cd "$build" && ctest -N | grep Total)"
+    quiet cmake --install "$build" --prefix "$build/prefix"
+    same "$way: installed files" "$build/prefix/bin/consumer" "$(find "$build/prefix" -type f)"
+    same "$way: flags of the parent" "" \
+      "$(grep '"command".*consumer.cpp' "$build/compile_commands.json" | grep -oE ' -(W|f|DZELCONFUTILS_B)[^ ]*' || true)"
+    printf '%s with BUILD_SHARED_LIBS=%s: ok\n' "$way" "$kind"
+  done <<<$'add_subdirectory ON\nFetchContent OFF'
+}
+
+# debs FOLDER: the packages of the sources in that folder.
+debs() {
+  (umask 022 && cd "$1" && quiet cmake --preset package --fresh && quiet cmake --build --preset package &&
+    cd build/package && rm -f ./*.deb && quiet cpack -G DEB)
+}
+
+# package: the Debian packages, left in build/package: the same bytes from another folder, no error
+# by lintian, dependencies that this system meets, and a library that works once installed.
+package() {
+  local copy=$scratch/another/folder name
+  export SOURCE_DATE_EPOCH
+  : "${SOURCE_DATE_EPOCH:=$(git -C "$root" log -1 --format=%ct 2>/dev/null || stat -c %Y "$root/LICENSE")}"
+  mkdir -p "$copy"
+  tar -C "$root" --exclude=./build --exclude=./.git -c . | tar -C "$copy" -x
+  debs "$root"
+  TZ=Asia/Tokyo LC_ALL=C.UTF-8 debs "$copy"
+  for name in "$root"/build/package/*.deb; do
+    quiet cmp "$name" "$copy/build/package/${name##*/}"
+    printf '%s\n  depends: %s\n' "${name##*/}" "$(dpkg-deb -f "$name" Depends)"
+    sha256sum <"$name"
+  done
+  [[ $(dpkg-deb -f "$root"/build/package/libzelconfutils1_*.deb Depends) == *'libc6 (>= '*'libstdc++6 (>= '* ]] ||
+    fail "dependencies on the runtimes were not computed"
+  lintian --allow-root --fail-on error "$root"/build/package/*.deb
+
+  # A database of its own that knows the runtimes of this system, so that dpkg checks against them.
+  local database=$scratch/root/var/lib/dpkg
+  mkdir -p "$database"/{info,updates,triggers}
+  dpkg-query -s libc6 libgcc-s1 libstdc++6 >"$database/status"
+  touch "$database"/info/{libc6,libgcc-s1,libstdc++6}:"$(dpkg --print-architecture)".list
+  mkdir "$scratch/bin"
+  ln -s "$(command -v true)" "$scratch/bin/ldconfig"  # which the package's script calls
+  PATH=$scratch/bin:$PATH quiet dpkg --force-not-root --force-script-chrootless --no-triggers \
+    --root="$scratch/root" --install "$root"/build/package/*.deb
+  use "$scratch/root/usr"
+  printf 'installed in a test root and used from there: ok\n'
+}
+
+"$@"
