@@ -44,7 +44,7 @@ TEST(ConfigModel, AgreesWithRandomEdits) {
   Random random(seed);
   TestFiles::TemporaryDirectory directory;
   const std::string path = directory.Path("file");
-  for (int round = 0; round < 2000; ++round) {
+  for (int round = 0; round < 400; ++round) {
     const ConfigModel::Tokens& with = tokens[random.Below(std::size(tokens))];
     const std::string bytes = random.Pieces(60, true);
     ConfigModel::File model(with, bytes);
