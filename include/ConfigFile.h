@@ -230,21 +230,22 @@ class ZELCONFUTILS_API ConfigFile {
   /// @name Members
   /// All pointers are owned; null means absent or released.
   /// @{
-  char* path = nullptr;
-  char* separator = nullptr;
-  char* comment = nullptr;
-  char* linePrefix = nullptr;
-  char* lineBuffer = nullptr;  ///< 1024 bytes: the line being composed
-  char* tailBuffer = nullptr;  ///< 1024 bytes: what stands behind a part that is being rewritten
-  bool afterDelete = false;    ///< the next forward step stays where it is
-  bool readOnly = false;
-  bool createIfMissing = false;
-  size_t separatorLength = 0;
-  size_t linePrefixLength = 0;
-  ConfigLineList* lines = nullptr;
-  LinkedList<ConfigEntry>* entries = nullptr;
-  LinkedListPosition<ConfigEntry>* cursor = nullptr;
-  FileLock* fileLock = nullptr;
+  char* path = nullptr;          ///< what `Read` and `Save` open; null: no file
+  char* separator = nullptr;     ///< parts key from value
+  char* comment = nullptr;       ///< begins a comment line
+  char* linePrefix = nullptr;    ///< in front of each composed entry; may be empty
+  char* lineBuffer = nullptr;    ///< 1024 bytes: the line being composed
+  char* tailBuffer = nullptr;    ///< 1024 bytes: what stands behind a part that is being rewritten
+  bool afterDelete = false;      ///< the next forward step stays where it is
+  bool readOnly = false;         ///< `Read` opens for reading only
+  bool createIfMissing = false;  ///< `Read` makes a missing file, empty
+  size_t separatorLength = 0;    ///< in bytes
+  size_t linePrefixLength = 0;   ///< in bytes
+  ConfigLineList* lines = nullptr;                    ///< the image: all lines of the file
+  LinkedList<ConfigEntry>* entries = nullptr;         ///< the index, in file order
+  LinkedListPosition<ConfigEntry>* cursor = nullptr;  ///< unset, on an entry, or at end
+  FileLock* fileLock = nullptr;                       ///< held within `Read` and `Save` alone
+
   /// @}
 
  private:

@@ -314,27 +314,28 @@ class ZELCONFUTILS_API MultiSectionFile {
   /// @name Members
   /// All pointers are owned; null means absent or released.
   /// @{
-  char* path = nullptr;
-  char* startToken = nullptr;
-  char* stopToken = nullptr;
-  char* separator = nullptr;
-  char* comment = nullptr;
-  char* sectionKeyword = nullptr;
-  char* linePrefix = nullptr;
-  char* lineBuffer = nullptr;  ///< 1024 bytes: the line being composed
-  char* tailBuffer = nullptr;  ///< 1024 bytes: what stands behind a part that is being rewritten
-  bool afterDelete = false;    ///< the next forward step stays where it is
-  bool readOnly = false;
-  bool createIfMissing = false;
-  size_t separatorLength = 0;
-  size_t sectionKeywordLength = 0;
-  size_t linePrefixLength = 0;
-  ConfigLineList* lines = nullptr;
-  LinkedList<ConfigSection>* sections = nullptr;
-  LinkedList<ConfigEntry>* entries = nullptr;
-  LinkedListPosition<ConfigSection>* sectionCursor = nullptr;
-  LinkedListPosition<ConfigEntry>* entryCursor = nullptr;
-  FileLock* fileLock = nullptr;
+  char* path = nullptr;            ///< what `Read` and `Save` open; null: no file
+  char* startToken = nullptr;      ///< ends a header line, or is a line of its own
+  char* stopToken = nullptr;       ///< a section's last line
+  char* separator = nullptr;       ///< parts key from value
+  char* comment = nullptr;         ///< begins a comment line
+  char* sectionKeyword = nullptr;  ///< in front of a section's name; may be empty
+  char* linePrefix = nullptr;      ///< in front of each composed entry; may be empty
+  char* lineBuffer = nullptr;      ///< 1024 bytes: the line being composed
+  char* tailBuffer = nullptr;    ///< 1024 bytes: what stands behind a part that is being rewritten
+  bool afterDelete = false;      ///< the next forward step stays where it is
+  bool readOnly = false;         ///< `Read` opens for reading only
+  bool createIfMissing = false;  ///< `Read` makes a missing file, empty
+  size_t separatorLength = 0;    ///< in bytes
+  size_t sectionKeywordLength = 0;                ///< in bytes
+  size_t linePrefixLength = 0;                    ///< in bytes
+  ConfigLineList* lines = nullptr;                ///< the image: all lines of the file
+  LinkedList<ConfigSection>* sections = nullptr;  ///< in file order
+  LinkedList<ConfigEntry>* entries = nullptr;     ///< those outside sections, in file order
+  LinkedListPosition<ConfigSection>* sectionCursor = nullptr;  ///< the current section
+  LinkedListPosition<ConfigEntry>* entryCursor = nullptr;  ///< over the entries outside sections
+  FileLock* fileLock = nullptr;                            ///< held within `Read` and `Save` alone
+
   /// @}
 
  private:

@@ -112,6 +112,7 @@ class ZELCONFUTILS_API ZelSectionHolder : public Tree<ZelSection> {
   /// One level deep, as in `Tree`; `operator=` copies all.
   ZelSectionHolder(const ZelSectionHolder& other);
   ~ZelSectionHolder() override;
+  /// All of the tree, as in `Tree`.
   ZelSectionHolder& operator=(const ZelSectionHolder& other);
 };
 

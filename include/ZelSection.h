@@ -28,16 +28,20 @@ class ZELCONFUTILS_API ZelSectionEntry {
 
   virtual ~ZelSectionEntry();
 
-  /// Sets one text. Null changes nothing: only the comment can go back to null. A text of 512
+  /// Sets the key. Null changes nothing: only the comment can go back to null. A text of 512
   /// bytes or more, NUL not counted, is cut to its first 511. `text` may be (part of) what the
   /// same getter returns: `SetValue(GetValue() + 2)` drops two bytes in front.
   void SetKeyName(const char* text);
+  /// As `SetKeyName`, for the value.
   void SetValue(const char* text);
+  /// As `SetKeyName`, for the comment.
   void SetComment(const char* text);
 
   /// The object's own block, or null.
   const char* GetKeyName() const;
+  /// The object's own block, or null.
   const char* GetValue() const;
+  /// The object's own block, or null.
   const char* GetComment() const;
 
   /// Releases the comment's block; the comment is null afterwards. Nothing if it is null already.
@@ -75,9 +79,9 @@ class ZELCONFUTILS_API ZelSectionEntry {
 /// thread at a time.
 class ZELCONFUTILS_API ZelSection {
  public:
-  using EntryList = std::vector<ZelSectionEntry*>;
-  using EntryPosition = EntryList::iterator;
-  using ConstEntryPosition = EntryList::const_iterator;
+  using EntryList = std::vector<ZelSectionEntry*>;       ///< the section owns what it points to
+  using EntryPosition = EntryList::iterator;             ///< an entry, or the end
+  using ConstEntryPosition = EntryList::const_iterator;  ///< the same, for reading
 
   /// No name, no entries.
   ZelSection();
@@ -129,6 +133,7 @@ class ZELCONFUTILS_API ZelSection {
   /// The section's own array, not a copy. The section stays the owner of the array and of each
   /// entry in it, and deletes what it finds there. Slots may be null: they are skipped.
   EntryList* GetEntryList();
+  /// The same, for reading.
   const EntryList* GetEntryList() const;
 
   /// Destroys all entries, from the front. The name stays.
