@@ -13,6 +13,11 @@ install(TARGETS zelconfutils EXPORT zelconfutils
 install(DIRECTORY include/ DESTINATION ${headers} COMPONENT development
         FILES_MATCHING PATTERN "*.h")
 
+if(MINGW AND BUILD_SHARED_LIBS)
+  install(FILES ${PROJECT_BINARY_DIR}/src/zelconfutils.def
+          DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+endif()
+
 # The library needs no other package, so the exported target is the whole configuration file.
 install(EXPORT zelconfutils NAMESPACE zelconfutils:: FILE zelconfutils-config.cmake
         DESTINATION ${package} COMPONENT development)

@@ -13,6 +13,7 @@
 #include "OpenConfigFile.h"
 #include "SmartBuffer.h"
 #include "TestFiles.h"
+#include "TestSystem.h"
 
 namespace {
 
@@ -22,12 +23,6 @@ const std::string kFifty(50, 'x'), kLong(300, 'x'), kText = "n=1\n" + kFifty + "
 const std::string kRefused = kText + std::string(1024, 'x') + "\n";
 const TestFiles::TemporaryDirectory kScratch;
 const std::string kPath = kScratch.Path("file"), kTarget = kScratch.Path("target");
-
-// Streams that are open, where the system lets itself be asked.
-auto OpenFiles() {
-  std::error_code none;
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd", none), {});
-}
 
 TEST(FailedAllocation, LeavesTheImageBeforeOrAfter) {
   static const struct {
@@ -49,7 +44,7 @@ TEST(FailedAllocation, LeavesTheImageBeforeOrAfter) {
       {"Save nowhere", [](File& f) { f.Save(true, "no/such/place"); }, "\"no/such/place\" : ", 8},
   };
   TestFiles::Write(kPath, "# head\na = 1\nb=2\nc=3\n" + kFifty + "\n" + kLong);
-  const auto openFiles = OpenFiles();
+  const int openFiles = TestSystem::OpenFiles();
   std::unique_ptr<File> file;
   std::string failure, before, after;
   failure.reserve(500);
@@ -93,7 +88,7 @@ TEST(FailedAllocation, LeavesTheImageBeforeOrAfter) {
     }
     EXPECT_GE(failed, row.atLeast);
   }
-  EXPECT_EQ(OpenFiles(), openFiles);
+  EXPECT_EQ(TestSystem::OpenFiles(), openFiles);
 }
 
 TEST(FailedAllocation, LeavesNothingOfAnObjectThatWasNotBuilt) {
@@ -109,7 +104,7 @@ TEST(FailedAllocation, LeavesNothingOfAnObjectThatWasNotBuilt) {
       [] { *other = ConfigException("text"); },
   };
   TestFiles::Write(kPath, kText + kLong);
-  const auto openFiles = OpenFiles();
+  const int openFiles = TestSystem::OpenFiles();
   for (const auto& row : rows) {
     const long blocks = FailingNew::LiveBlocks();
     const auto make = [&row]() -> std::function<void()> {
@@ -127,7 +122,7 @@ TEST(FailedAllocation, LeavesNothingOfAnObjectThatWasNotBuilt) {
     EXPECT_GE(failed, 1);
     EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
   }
-  EXPECT_EQ(OpenFiles(), openFiles);
+  EXPECT_EQ(TestSystem::OpenFiles(), openFiles);
 }
 
 }  // namespace

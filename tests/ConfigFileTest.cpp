@@ -14,6 +14,7 @@
 #include "FailingNew.h"
 #include "SmartBuffer.h"
 #include "TestFiles.h"
+#include "TestSystem.h"
 #include "config/PathCheck.h"
 
 namespace {
@@ -137,7 +138,6 @@ TEST_F(Format, HoldsEveryByteThatNoEditNames) {
                                  "\xEF\xBB\xBF\na=1\n",
                                  "gr\xFC\xDFt=\xE4\xA0\xFF\n\xFF\n",
                                  "=\n==\n=\n# only\n#",
-                                 "\x1A\na=1\n\x1A",
                                  "a=1\nb=2",
                                  std::string(1023, '=') + std::string(1100, ' ') + "\n",
                                  block + line(32) + block + line(33) + block};
@@ -254,7 +254,7 @@ TEST_F(File, ATextInMemoryIsTakenLineByLine) {
 }
 
 TEST_F(File, PathCheckAsksForTheDirectoryThatThePathNames) {
-  const std::string absolute = fs::current_path().string() + "/d/e";
+  const std::string absolute = fs::current_path().generic_string() + "/d/e";
   const struct {
     std::string path;
     bool create, exists;
@@ -267,6 +267,9 @@ TEST_F(File, PathCheckAsksForTheDirectoryThatThePathNames) {
       {"here/cfg.txt", false, true, "here", "."},
       {"here\\", false, true, "here", "."},
       {"conf/sub/cfg.txt", false, false, "conf/sub", "."},
+      {"here//cfg.txt", false, true, "here/", "."},
+      {"C:\\cfg.txt", false, TestSystem::kHasDrives, "C:\\", "."},
+      {"C:/cfg.txt", false, TestSystem::kHasDrives, "C:/", "."},
       {"Q:\\cfg.txt", false, false, "Q:\\", "."},
       {"Q:/sub\\cfg.txt", false, false, "Q:/sub", "."},
       {"a\\b/c/file", true, true, "a/b/c", "a/b/c"},
@@ -298,7 +301,8 @@ std::string Failure(const std::function<void()>& action) {
 }
 
 TEST_F(File, AFailureNamesTheFileAndTheReason) {
-  const std::string missing = std::strerror(ENOENT), directory = std::strerror(EISDIR);
+  const std::string missing = std::strerror(ENOENT),
+                    directory = std::strerror(TestSystem::kDirectoryError);
   const std::string far(300, 'f');  // refused by the system; the message comes whole
   const struct {
     std::string path;
@@ -310,7 +314,8 @@ TEST_F(File, AFailureNamesTheFileAndTheReason) {
       {"none", false, false, "Error opening file \"none\" : " + missing},
       {"none", true, true, "Error opening file \"none\" : " + missing},
       {"", false, true, "Error opening file \"\" : " + missing},
-      {far, true, false, "Error opening file \"" + far + "\" : " + std::strerror(ENAMETOOLONG)},
+      {far, true, false,
+       "Error opening file \"" + far + "\" : " + std::strerror(TestSystem::kLongNameError)},
       {"dir", false, true, "Error opening file \"dir\" : " + directory},
       {"dir", true, false, "Error opening file \"dir\" : " + directory},
       {"made", true, false, ""},

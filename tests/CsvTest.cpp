@@ -11,6 +11,7 @@
 
 #include "CsvDocument.h"
 #include "FailingNew.h"
+#include "TestSystem.h"
 #include "csv/CsvRecordReader.h"
 
 namespace {
@@ -287,16 +288,9 @@ TEST(CsvLoad, FailuresAreToldAndKeepRecordPresence) {
   }
 }
 
-// The open files of this process, where the system tells; else always 0.
-std::ptrdiff_t OpenFiles() {
-  std::error_code none;
-  const std::filesystem::directory_iterator files("/proc/self/fd", none);
-  return none ? 0 : std::distance(begin(files), end(files));
-}
-
 TEST(CsvCopy, SharesFileAndPositionWhichTheLastOneCloses) {
   const TemporaryFile file("a\nb\nc;x\nd\n"), other("o\n");
-  const std::ptrdiff_t before = OpenFiles();
+  const int before = TestSystem::OpenFiles();
   auto first = std::make_unique<CsvDocument>();
   CsvDocumentRow row;
   first->Load(file.Path());
@@ -319,9 +313,9 @@ TEST(CsvCopy, SharesFileAndPositionWhichTheLastOneCloses) {
   EXPECT_TRUE(copy.GetRow(row));
   EXPECT_EQ(row.GetField(0), "d");
   EXPECT_FALSE(copy.IsCsvRecordPresence());
-  EXPECT_EQ(OpenFiles(), before == 0 ? 0 : before + 1);
+  EXPECT_EQ(TestSystem::OpenFiles(), before + 1);
   copy = CsvDocument();
-  EXPECT_EQ(OpenFiles(), before);
+  EXPECT_EQ(TestSystem::OpenFiles(), before);
 }
 
 TEST(CsvRow, FieldsAreAppendedCopiedAndWrapAt65536) {

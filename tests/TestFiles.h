@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// Scratch files for tests, byte for byte.
+/// Scratch files for tests.
 namespace TestFiles {
 
 /// A directory that goes with the object, with all that is in it.
@@ -35,14 +35,14 @@ class TemporaryDirectory {
 };
 
 /// Writes a new file: cutting one that was just written waits for the disk on some file systems.
-inline void Write(const std::string& path, std::string_view bytes) {
+/// In the system's text mode, as the file classes read it, or with `std::ios::binary` as it is.
+inline void Write(const std::string& path, std::string_view text, std::ios::openmode mode = {}) {
   std::filesystem::remove(path);
-  std::ofstream(path, std::ios::binary)
-      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  std::ofstream(path, mode).write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
-inline std::string Read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+inline std::string Read(const std::string& path, std::ios::openmode mode = {}) {
+  std::ifstream file(path, mode);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -49,8 +49,9 @@ bool CsvRecordReader::ReadRecord() {
 }
 
 // At the end of the file the stream is asked again each time: what another program appends in
-// the meantime is read.
+// the meantime is read. A runtime may keep the end in mind beneath the stream, until a seek.
 bool CsvRecordReader::Fill() {
+  if (std::feof(stream_.get()) != 0) std::fseek(stream_.get(), 0, SEEK_CUR);
   std::clearerr(stream_.get());
   at_ = 0;
   end_ = std::fread(block_.get(), 1, blockBytes_, stream_.get());

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # What users and the rules of the house count on, tested with the compiler and flags of this build.
-if(WIN32 OR NOT PROJECT_IS_TOP_LEVEL)
+if(CMAKE_HOST_WIN32 OR NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
 set(consumer ${CMAKE_CURRENT_LIST_DIR})
@@ -13,7 +13,12 @@ foreach(standard 17 20)
                    -Wpedantic -Wshadow -Wconversion -Werror -x c++ ${headers})
 endforeach()
 
-add_test(NAME installed_library COMMAND bash ${consumer}/check.sh installed ${PROJECT_BINARY_DIR})
+set(installed installed ${PROJECT_BINARY_DIR})
+if(MINGW)
+  set(installed installed_dll ${PROJECT_BINARY_DIR} ${CMAKE_TOOLCHAIN_FILE}
+                ${CMAKE_CROSSCOMPILING_EMULATOR})
+endif()
+add_test(NAME installed_library COMMAND bash ${consumer}/check.sh ${installed})
 set_tests_properties(installed_library PROPERTIES TIMEOUT 120
   ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER};CXXFLAGS=${CMAKE_CXX_FLAGS}")
 

@@ -21,6 +21,8 @@ files() {
   if [ -n "$shared" ]; then printf "$1/%s\n" libzelconfutils.so{,.1,.1.0.0}; else echo "$1/libzelconfutils.a"; fi
 }
 
+exported_classes() { sed -nE 's/^(class|struct) ZELCONFUTILS_API (\w+).*/\2/p' "$root"/include/*.h | paste -sd'|'; }
+
 # shared_library FILE: its name, what it needs, and that our classes, all of them, are what it exports.
 shared_library() {
   local classes name
@@ -32,7 +34,7 @@ shared_library() {
       grep -vE '^(libstdc\+\+|libc\+\+|libc\+\+abi|libunwind|libgcc_s|libc|libm|ld-linux.*)\.so\.[0-9]+$' || true)"
   same "undefined names" "" "$(ldd -r "$1" 2>&1 | grep -E 'undefined|not found' || true)"
 
-  classes=$(sed -nE 's/^(class|struct) ZELCONFUTILS_API (\w+).*/\2/p' "$root"/include/*.h | paste -sd'|')
+  classes=$(exported_classes)
   nm -DC --defined-only "$1" | sed -E 's/^[0-9a-f ]{17}. //; s/@@.*//; /^ZELCONFUTILS_1$/d' >"$scratch/exports"
   same "foreign names exported" "" "$(grep -vE \
     "^((vtable|typeinfo( name)?) for )?(Configuration::)?($classes)(<ZelSection>)?(::.*)?$" "$scratch/exports" || true)"
@@ -75,6 +77,30 @@ installed() {
   quiet cmake --install "$1" --prefix "$scratch/first"
   mv "$scratch/first" "$scratch/moved"
   use "$scratch/moved"
+}
+
+# installed_dll BUILD TOOLCHAIN WINE: the same of a cross-built DLL. It lies beside the program there,
+# with the DLLs of the compiler's runtime.
+installed_dll() {
+  local prefix=$scratch/moved imports
+  quiet cmake --install "$1" --prefix "$scratch/first"
+  mv "$scratch/first" "$prefix"
+  shared=
+  same "installed files" "$({ files lib | grep -v '^lib/lib' && printf '%s\n' bin/zelconfutils.dll \
+      lib/libzelconfutils.dll.a lib/zelconfutils.def; } | sort)" \
+    "$(cd "$prefix" && find . ! -type d ! -path './share/*' |
+      sed -E 's,^\./,,; s/-config-(release|debug|noconfig)/-config-TYPE/' | sort)"
+  imports=$(objdump -p "$prefix/bin/zelconfutils.dll")
+  same "other libraries needed" "" "$(sed -n 's/.*DLL Name: //p' <<<"$imports" |
+    grep -viE '^(libstdc\+\+-6|libgcc_s_seh-1|libwinpthread-1|kernel32|msvcrt)\.dll$' || true)"
+  grep -q DisableThreadLibraryCalls <<<"$imports" || fail "the load entry is not ours"
+  same "foreign names exported" "" "$(sed -n 's/^ *\([^ ]*\) @.*/\1/p' "$prefix/lib/zelconfutils.def" | c++filt |
+    grep -vE "^((vtable|typeinfo( name)?) for )?(Configuration::)?($(exported_classes))(<ZelSection>)?(::.*)?$" || true)"
+
+  quiet configure find_package "--toolchain=$2" "-DCMAKE_PREFIX_PATH=$prefix" -DVERSION=1.0
+  quiet cmake --build "$scratch/find_package"
+  cp "$prefix/bin/zelconfutils.dll" "$1"/bin/lib*.dll "$scratch/find_package"
+  same "by find_package" "$printed" "$("$3" "$scratch/find_package/consumer.exe" | tr -d '\r')"
 }
 
 # The sources as a part of a larger project: nothing but the target comes in.
