@@ -52,18 +52,18 @@ class OpenSectionFile : public Configuration::MultiSectionFile {
 
   // Reads: the result and what the buffers hold.
   std::string Name() {
-    char name[64] = "";
+    char name[4096] = "";
     const std::string result = Told(GetSectionName(name, sizeof name));
     return result + name;
   }
   std::string Get(std::size_t (OpenSectionFile::*get)(const char*, char*, std::size_t),
                   const char* key) {
-    char value[64] = "?";
+    char value[4096] = "?";
     const std::string result = Told((this->*get)(key, value, sizeof value));
     return result + value;
   }
   std::string Read(std::size_t (OpenSectionFile::*read)(char*, std::size_t, char*, std::size_t)) {
-    char key[64] = "", value[64] = "";
+    char key[4096] = "", value[4096] = "";
     const std::string result = Told((this->*read)(key, sizeof key, value, sizeof value));
     return result + key + "," + value;
   }

@@ -117,9 +117,8 @@ class SectionModel {
   string Read(Walk& w, Text, Text) {
     if (w.at == kEnd) return "0,";
     const string &key = items[w.at].key, &value = items[w.at].value;
-    const bool fits = key.size() < 64 && value.size() < 64;
-    return (fits ? std::to_string(key.empty() ? value.size() : key.size()) : "!") + Fitting(key) +
-           "," + (fits ? Fitting(value) : "");
+    return std::to_string(key.empty() ? value.size() : key.size()) + key.c_str() + "," +
+           value.c_str();
   }
   string Set(Walk& w, Text value, Text) { return w.at < 0 ? "0" : SetValue(w.at, value); }
   string Rename(Walk& w, Text key, Text) {
@@ -192,10 +191,7 @@ class SectionModel {
   string Start() const { return t.start + (t.start[0] == '\n'); }
   string Stop() const { return t.stop + (t.stop[0] == '\n'); }
   static bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-  static string Fitting(Text text) { return text.size() < 64 ? text.c_str() : ""; }
-  static string Copied(Text text) {
-    return (text.size() < 64 ? std::to_string(text.size()) : "!") + Fitting(text);
-  }
+  static string Copied(Text text) { return std::to_string(text.size()) + text.c_str(); }
   string NameIn(Text line) const {
     const size_t n = line.size(), s = TwoLines() ? 0 : Start().size();
     size_t end = n > s ? n - s - 1 : 0;
