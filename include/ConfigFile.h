@@ -47,8 +47,8 @@ class LinkedListPosition;
 /// small. A key or value is copied whole with its terminator or not at all.
 ///
 /// **Failures.** Only the constructor, `Reload` and `Save` throw `ConfigException`; afterwards the
-/// object is fit only for destruction. Where memory runs out, any operation throws
-/// `std::bad_alloc`, and the object is as it was before the call.
+/// object is fit only for destruction. Where memory runs out, an operation throws
+/// `std::bad_alloc`: no line and no entry has changed then, and the object can be used on.
 ///
 /// Edits change the image in memory; the file changes at `Save` alone. Between calls the object
 /// holds no open file and no lock. It is used by one thread at a time, reads included. No text

@@ -73,8 +73,6 @@ class ZELCONFUTILS_API ZelLex {
   char GetChar();  // the new `current`
   int PutChar();   // the new `current`
   void IgnoreWhiteSpaces();
-  void ReadDigitConstant();
-  void ReadStringConstant();
   void ReadRun(ZelLexTokenKind kind);
   bool RunGoesOn(ZelLexTokenKind kind);
   bool FetchLine();

@@ -147,7 +147,7 @@ TEST(FileLock, IsGoneWhenAReadIsOver) {
   std::FILE* stream = std::fopen(directory.Path("other").c_str(), "w+");
   std::fputs("a=1\n", stream);
   std::rewind(stream);
-  EXPECT_TRUE(lock.Acquire(stream) && lock.Release(stream));
+  EXPECT_TRUE(lock.Acquire(stream) && lock.Release());
   const Holder afterRelease("ours, reading", directory.Path("other"));
   std::fclose(stream);
 }

@@ -34,7 +34,6 @@ class LockedStream {
       : lock_(lock), stream_(Platform::OpenFile(path, mode)) {
     if (stream_ == nullptr) ThrowFileError(action, path, std::strerror(errno));
     try {
-      std::rewind(stream_);
       if (!lock_.Acquire(stream_)) ThrowFileError("locking", path, std::strerror(errno));
     } catch (...) {
       Close();
@@ -51,8 +50,7 @@ class LockedStream {
 
   // Gives the lock back and closes the stream. False when the system refused bytes at the last.
   bool Finish() {
-    std::fseek(stream_, 0, SEEK_SET);
-    lock_.Release(stream_);
+    lock_.Release();
     return Close();
   }
 
@@ -115,6 +113,7 @@ void Read(ConfigLineList& lines, FileLock& lock, const char* path, bool readOnly
           bool createIfMissing) {
   const char* mode = readOnly ? "r" : createIfMissing ? "a+" : "r+";
   LockedStream stream(lock, "opening", path, mode);
+  std::rewind(stream.Get());  // a stream opened for appending may stand at its end
   ReadLines(stream.Get(), lines);
   stream.Finish();
 }

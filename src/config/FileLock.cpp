@@ -12,24 +12,25 @@ constexpr unsigned kRetryMilliseconds = 100;  // ten seconds in all: longer is n
 
 }  // namespace
 
-FileLock::~FileLock() {
-  if (held_) Platform::UnlockBytes(descriptor_, Platform::FileLength(descriptor_));
-}
+FileLock::~FileLock() { Release(); }
 
 bool FileLock::Acquire(std::FILE* stream) {
   descriptor_ = Platform::Descriptor(stream);
-  held_ = Platform::TryLockBytes(descriptor_, Platform::FileLength(descriptor_));
+  held_ = Try();
   for (int retry = 0; retry < kRetries && !held_; ++retry) {
     Platform::SleepMilliseconds(kRetryMilliseconds);
-    held_ = Platform::TryLockBytes(descriptor_, Platform::FileLength(descriptor_));
+    held_ = Try();
   }
   return held_;
 }
 
-bool FileLock::Release(std::FILE* stream) {
-  if (!held_) return true;
-  const int descriptor = Platform::Descriptor(stream);
-  held_ = !Platform::UnlockBytes(descriptor, Platform::FileLength(descriptor));
+bool FileLock::Try() {
+  bytes_ = Platform::FileLength(descriptor_);
+  return Platform::TryLockBytes(descriptor_, bytes_);
+}
+
+bool FileLock::Release() {
+  if (held_) held_ = !Platform::UnlockBytes(descriptor_, bytes_);
   return !held_;
 }
 

@@ -2,6 +2,7 @@
 #ifndef ZELCONFUTILS_CONFIG_FILE_LOCK_H
 #define ZELCONFUTILS_CONFIG_FILE_LOCK_H
 
+#include <cstdint>
 #include <cstdio>
 
 namespace Configuration {
@@ -20,13 +21,16 @@ class FileLock {
   bool Acquire(std::FILE* stream);
 
   /// Gives the lock back. True when nothing is held any more.
-  bool Release(std::FILE* stream);
+  bool Release();
 
   /// The stream has been closed, and with it its lock.
   void StreamClosed() { held_ = false; }
 
  private:
+  bool Try();
+
   int descriptor_ = 0;
+  std::int64_t bytes_ = 0;  // that are locked: the length may have changed since
   bool held_ = false;
 };
 

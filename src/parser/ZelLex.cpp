@@ -49,14 +49,15 @@ ZelLexToken* ZelLex::GetToken() {
     return nullptr;
   }
   const ZelLexTokenKind kind = KindOf(first);
-  if (kind == StringConstantToken) {
-    ReadStringConstant();
-  } else if (kind == DigitConstantToken) {
-    ReadDigitConstant();
+  if (kind == StringConstantToken || kind == DigitConstantToken) {
+    ReadRun(kind);  // the same for both: which of the two comes next cannot be predicted
   } else if (kind == WhiteSpaceToken && ignoreWhiteSpaces) {
     IgnoreWhiteSpaces();
   } else {
-    token->text = first;
+    std::string& text = token->text;
+    if (text.empty()) text.push_back(first);
+    text.resize(1);  // no longer than it is: unlike an assignment, that is done in place
+    text.front() = first;
     token->kind = kind;
   }
   return token;
@@ -89,10 +90,6 @@ void ZelLex::IgnoreWhiteSpaces() {
   ReadRun(WhiteSpaceToken);
   ResetToken();
 }
-
-void ZelLex::ReadDigitConstant() { ReadRun(DigitConstantToken); }
-
-void ZelLex::ReadStringConstant() { ReadRun(StringConstantToken); }
 
 // Finds the end of the run in the line and takes the bytes at once. The NUL that a string keeps
 // behind its last byte is punctuation, so that it stops the search at the line's end.

@@ -8,14 +8,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <ctime>
 
 namespace Platform {
 
 std::FILE* OpenFile(const char* path, const char* mode) {
   std::FILE* stream = std::fopen(path, mode);
-  if (stream == nullptr) return nullptr;
-  // Mode "r" opens a directory here, and only reading it fails.
+  // For reading alone a directory opens, and only the reading fails.
+  if (stream == nullptr || std::strchr(mode, '+') != nullptr) return stream;
   struct stat status = {};
   if (fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode)) {
     std::fclose(stream);
