@@ -33,7 +33,7 @@ class Refusal {
   ~Refusal();
 
  private:
-  void* file_ = nullptr;
+  [[maybe_unused]] void* file_ = nullptr;  // of the system that needs one
 };
 
 /// A lock as other programs take it: it lasts until the process ends.

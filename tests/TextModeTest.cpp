@@ -50,7 +50,7 @@ TEST(TextMode, EachKindOfLineEnd) {
 
 // A pair over the border of a line buffer, a stream's buffer or a block of the reader.
 TEST(TextMode, ALineEndAtEveryPlaceOfABorder) {
-  for (const std::size_t border : {1024, 4096, 65536, 131072}) {
+  for (const std::size_t border : {1024u, 4096u, 65536u, 131072u}) {
     for (std::size_t length = border - 4; length < border + 3; ++length) {
       SCOPED_TRACE(length);
       const std::string front(length, 'x'), bytes = front + "\r\nlast=1\r\n";
