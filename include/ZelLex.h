@@ -2,6 +2,7 @@
 #ifndef ZELCONFUTILS_ZEL_LEX_H
 #define ZELCONFUTILS_ZEL_LEX_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -75,6 +76,7 @@ class ZELCONFUTILS_API ZelLex {
   void IgnoreWhiteSpaces();
   void ReadRun(ZelLexTokenKind kind);
   bool RunGoesOn(ZelLexTokenKind kind);
+  static std::size_t RunLength(const char* bytes, std::size_t left, ZelLexTokenKind kind);
   bool FetchLine();
   void ResetToken();
   static ZelLexTokenKind KindOf(char c);  // of the token that starts with `c`
