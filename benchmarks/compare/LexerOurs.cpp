@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#include "Stream.h"
+#include "ZelLex.h"
+
+bool ReadStream(const char* path, StringSink& sink) {
+  FileIterator source(path);
+  ZelLex lexer(&source, false);
+  while (const ZelLexToken* token = lexer.GetToken()) sink.Take(token->text);
+  return true;
+}
+
+bool ReadOnly(const char*, std::uint64_t&) { return false; }
