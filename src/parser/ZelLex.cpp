@@ -113,16 +113,14 @@ std::size_t ZelLex::RunLength(const char* bytes, std::size_t left, ZelLexTokenKi
   return length;
 }
 
-// Finds the end of the run in the line and takes the bytes at once. The NUL that a string keeps
-// behind its last byte is punctuation, so that it stops the search at the line's end.
+// Finds the end of the run in the line and takes the bytes at once.
 void ZelLex::ReadRun(ZelLexTokenKind kind) {
   ResetToken();
   std::size_t end = position;
   do {
     const char* const bytes = line.data();
     const std::size_t start = --position;  // a failed allocation finds the run unread
-    end = start + 1;
-    end += RunLength(bytes + end, line.size() - end, kind);
+    end = start + 1 + RunLength(bytes + start + 1, line.size() - start - 1, kind);
     const std::size_t length = end - start;
     if (token->text.empty() && length <= kShortRun && line.size() - start >= kShortRun) {
       token->text.resize(kShortRun);
