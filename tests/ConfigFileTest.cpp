@@ -10,8 +10,9 @@
 #include <functional>
 #include <string>
 
-#include "ConfigModel.h"
+#include "ConfigException.h"
 #include "FailingNew.h"
+#include "OpenConfigFile.h"
 #include "SmartBuffer.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
@@ -156,53 +157,6 @@ TEST_F(Format, HoldsEveryByteThatNoEditNames) {
     EXPECT_TRUE(file.DeleteEntry("zz"));
     EXPECT_EQ(file.SetEntry("zz", "22"), 2u);
     EXPECT_EQ(file.Image(), hazard + "\nzz=22");
-  }
-}
-
-TEST_F(Edit, ChangesWhatItNamesAndNothingElse) {
-  const std::string x(50, 'x'), full(1020, 'v'), huge(100000, 'h'), rest(1022, ' ');
-  const struct {
-    std::string before;
-    const char* at;  // the entry on which the cursor is put
-    ConfigModel::Call call;
-    const char* result;  // and the first bytes of the buffers that were written
-    std::string after;
-  } rows[] = {
-      {"a=1\n", "a", {"SetEntry", "a", "1"}, "1 ", "a=1\n"},
-      {"a = 1  \n", "a", {"SetEntry", "a", "22"}, "2 ", "a =22  \n"},
-      {"a=1", "a", {"SetEntry", "a", "2"}, "2 ", "a=2"},
-      {"a=1", "a", {"AddEntry", "b", "2"}, "1 ", "a=1b=2\n"},
-      {" a\t=1\r\n#\n", "a", {"SetEntry", "a", x}, "2 ", " a\t=" + x + "\r\n#\n"},
-      {"# head\na=1\n", "a", {"Insert", "b", "2"}, "1 ", "b=2\n# head\na=1\n"},
-      {"a=1\n# mid\nc=3\n", "c", {"Insert", "b", "2"}, "1 ", "a=1\n# mid\nb=2\nc=3\n"},
-      {"# only\n", "", {"Insert", "b", "2"}, "1 ", "b=2\n# only\n"},
-      {"  name  = v\n", "name", {"Rename", "x", ""}, "1 ", "  x  = v\n"},
-      {"\tn = v \n", "n", {"Rename", x, ""}, "1 ", "\t" + x + " = v \n"},
-      {"=v\n   =w\n", "", {"Rename", "x", ""}, "1 ", "x=v\n   =w\n"},
-      {"   =w\n", "", {"Rename", "x", ""}, "1 ", " x  =w\n"},
-      {"#a\na=1\n#b\n", "a", {"Delete", "", ""}, "1 ", "#a\n#b\n"},
-      {"a=1\n", "a", {"AddEntry", "k", full}, "1 ", "a=1\nk=" + full + "\n"},
-      {"a=1\n", "a", {"AddEntry", "k", full + "v"}, "0 ", "a=1\n"},
-      {"a=1\n", "a", {"SetEntry", "k", huge}, "0 ", "a=1\n"},
-      {"a=1\n", "a", {"SetEntry", "a", huge}, "2 ", "a=" + huge + "\n"},
-      {"ab=xyz\n", "ab", {"GetEntry", "ab", "", 4}, "3 xyz\0?", "ab=xyz\n"},
-      {"ab=xyz\n", "ab", {"GetEntry", "ab", "", 3}, "4294967295 \0\0\0?", "ab=xyz\n"},
-      {"ab=xyz\n", "ab", {"GetEntry", "ab", "", 0}, "4294967295 ?", "ab=xyz\n"},
-      {"ab=xyz\n", "ab", {"GetEntry", "AB", "", 2}, "0 \0\0?", "ab=xyz\n"},
-      {"ab=xyz\n", "ab", {"GetCurrent", "", "", 3, 4}, "2 ab\0?", "ab=xyz\n"},
-      {"ab=xyz\n", "ab", {"GetCurrent", "", "", 2, 4}, "4294967295 \0\0?", "ab=xyz\n"},
-      {"ab=xyz\n", "ab", {"GetCurrent", "", "", 3, 3}, "4294967295 ab\0?", "ab=xyz\n"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.before + std::string(row.call.operation) + " " + row.call.key);
-    TestFiles::Write("file", row.before);
-    OpenConfigFile file("file");
-    ConfigModel::File model({"=", "#", ""}, row.before);
-    EXPECT_EQ(file.GotoEntry(row.at), model.GotoEntry(row.at));
-    EXPECT_EQ(Do(file, row.call).rfind(row.result, 0), 0u);
-    EXPECT_EQ(Do(model, row.call).rfind(row.result, 0), 0u);
-    EXPECT_EQ(file.Image(), row.after);
-    EXPECT_EQ(Difference(file, model, {"GetEntryCount", "", ""}), "");
   }
 }
 

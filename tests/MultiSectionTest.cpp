@@ -7,14 +7,12 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "ConfigException.h"
-#include "FailingNew.h"
-#include "SectionModel.h"
+#include "FileModel.h"
 #include "TestFiles.h"
 
 namespace {
@@ -24,8 +22,9 @@ using Configuration::MultiSectionFile;
 using std::size_t;
 using std::string;
 
-// `P` the preset, `T` two lines, `B` no line feeds, `I` with a prefix, `K` with an odd keyword.
-SectionTokens TokensOf(char letter) {
+// `P` the preset, `T` two lines, `B` no line feeds, `I` with a prefix, `K` with an odd keyword,
+// `F` a flat file.
+FileTokens TokensOf(char letter) {
   if (letter == 'T') return {"section", "\n{\n", "}\n", "=", "#", nullptr};
   if (letter == 'B') return {"", "{{", "}}", "=", "#", nullptr};
   if (letter == 'I') return {"", "\n{\n", "\n}\n", " ", "#", "\t"};
@@ -61,7 +60,8 @@ void ForEachRow(const string& table, const std::function<void(const Row&)>& chec
 
 // Runs a script of steps `e.put:key,value=outcome` (`_` is a blank, `@9` nine bytes); the result is
 // the script with the outcomes that came.
-string Rerun(OpenSectionFile& file, const string& script) {
+template <class F>
+string Rerun(F& file, const string& script) {
   const auto argument = [](string text) {
     std::replace(text.begin(), text.end(), '_', ' ');
     return text[0] == '@' ? string(std::strtoul(&text[1], nullptr, 10), 'x') : text;
@@ -72,7 +72,7 @@ string Rerun(OpenSectionFile& file, const string& script) {
     string name, a, b;
     std::istringstream parts(call);
     std::getline(std::getline(std::getline(parts, name, ':'), a, ','), b);
-    for (const SectionStep& step : SectionSteps()) {
+    for (const auto& step : Steps<F>()) {
       if (step.name != name) continue;
       ran += (ran.empty() ? "" : " ") + call + "=";
       ran += step.run(file, argument(a).c_str(), argument(b).c_str());
@@ -132,7 +132,7 @@ T | {/
 T | a/{/}/}/{/
 )";
   ForEachRow(table, [&path](const Row& row) {
-    const SectionTokens tokens = TokensOf(row[0][0]);
+    const FileTokens tokens = TokensOf(row[0][0]);
     const string message = "File \"" + path + "\" is corrupted!";
     TestFiles::Write(path, "");
     OpenSectionFile file(tokens, path.c_str()), other(tokens);
@@ -146,77 +146,32 @@ T | a/{/}/}/{/
   });
 }
 
-// What each operation does to the cursors and the flag.
-void CheckEffects(const string& table) {
-  ForEachRow(table, [](const Row& row) {
-    OpenSectionFile file(TokensOf('P'));
-    file.Take("x=1\nsection a {\np=1\nq=2\n}\nsection b {\nr=3\n}\ny=2\n");
-    EXPECT_EQ(Rerun(file, row[0]), row[0]);
-    EXPECT_EQ(file.Picture(), row[1]);
-  });
-}
-
-TEST(MultiSectionCursors, OfSections) {
-  CheckEffects(R"(
+// What the operations do to the cursors and the flag: the model's word, said once by hand.
+TEST(MultiSectionCursors, AreLeftWhereTheOperationsPutThem) {
+  ForEachRow(R"(
 restart=- next=1 next=1 next=0 next=0 prev=1 prev=1 prev=0 | ^x[1]y[2]; *a{^p[1]q[2]}b{^r[3]}
 delete=1 next=1 t.next=1 | x[1]*y[2]; *b{^r[3]}
-delete=1 name=1b next=0 | *x[1]y[2]; b{^r[3]}$
 restart=- delete=1 delete=0 delete=! count=0 next=0 | ^x[1]y[2]; $
-delete=1 delete=0 delete=! count=0 | *x[1]y[2]; $+
-last=1 deletename:a=1 | *x[1]y[2]; *b{^r[3]}+
-last=1 insert:n=1 next=1 | *x[1]y[2]; a{^p[1]q[2]}n{^}*b{^r[3]}
-delete=1 add:n=1 insert:a=1 | *x[1]y[2]; b{^r[3]}*a{^}n{^}
 last=1 next=0 insert:n=1 addfront:=1 | *x[1]y[2]; *{^}a{^p[1]q[2]}b{^r[3]}n{^}
-delete=1 rename:n=1 next=0 | *x[1]y[2]; n{^r[3]}$
-)");
-}
-
-TEST(MultiSectionCursors, OfEntriesThatAreRead) {
-  CheckEffects(R"(
-e.next=1 e.read=1p,1 e.next=1 e.next=0 e.next=0 e.prev=1 | *x[1]y[2]; *a{p[1]*q[2]}b{^r[3]}
-restart=- e.restart=- | ^x[1]y[2]; ^a{^p[1]q[2]}b{^r[3]}
-restart=- e.count=2 | ^x[1]y[2]; *a{^p[1]q[2]}b{^r[3]}
 e.next=1 next=1 e.next=1 goto:a=1 e.next=1 | *x[1]y[2]; *a{p[1]*q[2]}b{*r[3]}
-last=1 next=0 e.count=0 e.first=0 e.next=0 e.get:r=0 e.read=0, e.goto:r=0 | *x[1]y[2]; a{^p[1]q[2]}b{^r[3]}$
 e.first=1 t.delete=1 e.next=1 e.next=1 | *y[2]; *a{p[1]*q[2]}b{^r[3]}
-e.last=1 e.delete=1 e.next=0 e.prev=1 | *x[1]y[2]; *a{*p[1]}b{^r[3]}
-e.first=1 e.delete=1 e.get:q=12 e.next=0 | *x[1]y[2]; *a{q[2]$}b{^r[3]}
-add:n=1 e.next=0 e.add:k,v=1 e.next=0 e.prev=1 | *x[1]y[2]; a{^p[1]q[2]}b{^r[3]}*n{*k[v]}
-e.last=1 restart=- e.prev=1 e.restart=- | ^x[1]y[2]; *a{^p[1]q[2]}b{^r[3]}
-)");
-}
-
-TEST(MultiSectionCursors, OfEntriesThatAreEdited) {
-  CheckEffects(R"(
 e.set:9=0 e.delete=0 e.read=1p,1 e.set:9=2 | *x[1]y[2]; *a{*p[9]q[2]}b{^r[3]}
-restart=- e.set:9=0 e.delete=0 e.deletekey:p=1 | ^x[1]y[2]; *a{*q[2]}b{^r[3]}+
-restart=- e.add:k,v=1 | ^x[1]y[2]; *a{^p[1]q[2]k[v]}b{^r[3]}
-e.first=1 e.delete=1 e.rename:=0 e.rename:k=1 | *x[1]y[2]; *a{*k[2]}b{^r[3]}
 e.insert:k,v=1 e.last=1 e.insert:l,w=1 | *x[1]y[2]; *a{k[v]p[1]*l[w]q[2]}b{^r[3]}
-e.replace:q,2=1 e.replace:q,3=1 | *x[1]y[2]; *a{^p[1]q[3]}b{^r[3]}
-e.last=1 e.deletekey:p=1 e.next=1 e.next=0 | *x[1]y[2]; *a{q[2]$}b{^r[3]}
-delete=1 delete=0 e.insert:k,v=0 | *x[1]y[2]; $+
-delete=1 delete=0 e.add:k,v=0 e.put:k,v=0 e.rename:k=0 e.set:v=0 e.delete=0 e.deletekey:k=0 | *x[1]y[2]; $
-e.add:a,@1021=0 e.insert:a,@1021=0 e.put:a,@1021=0 | *x[1]y[2]; *a{*p[1]q[2]}b{^r[3]}
+delete=1 delete=0 e.add:k,v=0 e.put:k,v=0 e.set:v=0 e.deletekey:k=0 | *x[1]y[2]; $
+e.add:a,@1021=0 e.insert:a,@1021=0 e.put:a,@1021=0 t.add:a,@1021=0 | *x[1]y[2]; *a{*p[1]q[2]}b{^r[3]}
 e.add:a,@1020=1 e.put:p,@2000=2 e.rename:w=0 e.put:p,5=2 e.rename:w=1 e.deletekey:a=1 | *x[1]y[2]; *a{w[5]q[2]$}b{^r[3]}+
-)");
-}
-
-TEST(MultiSectionCursors, OfTheTopLevel) {
-  CheckEffects(R"(
-restart=- t.prev=0 t.read=1x,1 t.next=1 | x[1]*y[2]; ^a{^p[1]q[2]}b{^r[3]}
-t.delete=1 t.read=1y,2 t.rename:k=1 t.count=1 t.next=1 | *k[2]; *a{^p[1]q[2]}b{^r[3]}
-t.delete=1 next=1 t.next=0 next=1 | y[2]$; a{^p[1]q[2]}*b{^r[3]}
-e.first=1 e.delete=1 t.next=1 t.next=1 | x[1]*y[2]; *a{*q[2]}b{^r[3]}
-restart=- t.delete=1 t.delete=1 t.delete=0 t.rename:k=0 | $; ^a{^p[1]q[2]}b{^r[3]}+
 t.last=1 t.next=0 t.insert:k,v=1 | x[1]y[2]k[v]$; *a{^p[1]q[2]}b{^r[3]}
-t.put:x,1=1 t.put:p,9=2 t.get:q=0 t.goto:r=0 | *x[1]y[2]p[9]; *a{^p[1]q[2]}b{^r[3]}
-)");
+)",
+             [](const Row& row) {
+               OpenSectionFile file(TokensOf('P'));
+               file.Take("x=1\nsection a {\np=1\nq=2\n}\nsection b {\nr=3\n}\ny=2\n");
+               EXPECT_EQ(Rerun(file, row[0]), row[0]);
+               EXPECT_EQ(file.Picture(), row[1]);
+             });
 }
 
-TEST(MultiSectionEdits, ChangeTheirOwnLinesAlone) {
-  const auto check = [](const Row& row) {
-    OpenSectionFile file(TokensOf(row[0][0]));
+TEST(Edits, ChangeTheirOwnLinesAlone) {
+  const auto check = [](auto&& file, const Row& row) {
     file.Take(row[1]);
     EXPECT_EQ(Rerun(file, row[2]), row[2]);
     EXPECT_EQ(file.Image(), row[3]);
@@ -238,8 +193,21 @@ T | k=1/{/}/n/{/}/{/v=2/}/ | last=1 rename:z=0 delete=! insert:z=0 prev=1 delete
 T | k=1/{/}/n/{/}/{/v=2/}/ | goto:n=1 rename:m=1 e.add:l,4=1 last=1 e.put:v,3=2 | k=1/{/}/section m/{/l=4/}/{/v=3/}/
 T | {/a=1/}/#c/{/}/ | rename:z=0 name=0 e.put:a,2=2 last=1 rename:n=1 | {/a=2/}/section n/{/}/
 T | {/a=1/}/b=2/ | delete=0 | b=2/
+F | a = 1  / | t.put:a,22=2 t.put:a,22=1 | a =22  /
+F | a=1 | t.put:a,2=2 t.add:b,2=1 | a=2b=2/
+F | # head/a=1/# mid/c=3/ | t.insert:b,2=1 t.last=1 t.insert:d,4=1 | b=2/# head/a=1/# mid/d=4/c=3/
+F | # only/ | t.insert:b,2=1 | b=2/# only/
+F |   name  = v/ | t.rename:x=1 |   x  = v/
+F | =v/   =w/ | t.rename:x=1 | x=v/   =w/
+F |    =w/ | t.rename:x=1 |  x  =w/
+F | #a/a=1/#b/ | t.delete=1 t.set:2=0 | #a/#b/
+F |  a	=1 /#/ | t.set:1=1 t.set:a_longer_value_moves_the_text_of_a_line=2 |  a	=a longer value moves the text of a line /#/
 )",
-             check);
+             [&check](const Row& row) {
+               const FileTokens tokens = TokensOf(row[0][0]);
+               if (row[0] == "F") return check(OpenConfigFile(tokens), row);
+               check(OpenSectionFile(tokens), row);
+             });
 }
 
 TEST(MultiSectionEdits, ThawEachLineWithItsText) {
@@ -266,21 +234,28 @@ current 2 | 1 k_ v_~
 current 1 | ! _~~~~~
 current 0 | 2 ~~ v_~
 )";
+  using Configuration::ConfigFile;
   ForEachRow(table, [](const Row& row) {
-    MultiSectionConfigFile file("section abc {\nk= v\n}\n", false, true, false, true);
+    MultiSectionConfigFile sectioned("k= v\nsection abc {\nk= v\n}\n", false, true, false, true);
+    ConfigFile flat("k= v\n", false, false, true, "=", "#", nullptr);
     std::istringstream parts(row[0]);
-    string call, key(2, '~'), value(4, '~');
+    string call;
     size_t size = 0;
     parts >> call >> size;
-    const size_t result =
-        call == "name" ? file.GetSectionName(value.data(), size)
-        : call == "current"
-            ? file.GetSecCurrentEntry(size == 0 ? nullptr : key.data(), size, value.data(), 4)
-            : file.GetSectionEntry(call.c_str(), value.data(), size);
-    const string bytes = (call == "current" ? key : "") + value;
-    string told = Told(result) + " " + bytes;
-    std::replace(told.begin(), told.end(), '\0', '_');
-    EXPECT_EQ(told, row[1]);
+    const auto expect = [&](auto& file, auto current, auto get) {
+      string key(2, '~'), value(4, '~');
+      char* const keyBuffer = size == 0 ? nullptr : key.data();
+      const size_t result = call == "name"      ? sectioned.GetSectionName(value.data(), size)
+                            : call == "current" ? (file.*current)(keyBuffer, size, value.data(), 4)
+                                                : (file.*get)(call.c_str(), value.data(), size);
+      string told = Told(result) + " " + (call == "current" ? key : "") + value;
+      std::replace(told.begin(), told.end(), '\0', '_');
+      EXPECT_EQ(told, row[1]);
+    };
+    using F = MultiSectionFile;
+    expect(sectioned, &F::GetSecCurrentEntry, &F::GetSectionEntry);
+    expect(sectioned, &F::GetCurrentEntry, &F::GetEntry);
+    expect(flat, &ConfigFile::GetCurrentEntry, &ConfigFile::GetEntry);
   });
 }
 
@@ -328,79 +303,6 @@ TEST(MultiSectionLife, FromFilesAndTexts) {
   std::filesystem::remove(path);
   EXPECT_EQ(MessageOf([&] { vanishing.Reload(); }), "Error opening file " + missing);
   EXPECT_TRUE(vanishing.lines == nullptr && vanishing.sectionCursor == nullptr);
-}
-
-TEST(MultiSectionFailedAllocation, LeavesTheImageBeforeOrAfter) {
-  static const string text = "k=1\n{\n}\nn\n{\na=1\n}\n{\n}\n", forty(40, 'x'), many(300, 'x');
-  static string path;
-  static std::unique_ptr<OpenSectionFile> file;
-  using F = OpenSectionFile;
-  static const struct {
-    const char* name;
-    void (*run)(F& f);
-    int atLeast;
-    bool keepsCursors = false;
-  } rows[] = {
-      {"construct", [](F&) { F other(TokensOf('T'), path.c_str()); }, 15},
-      {"Reload", [](F& f) { f.Reload(); }, 5, true},
-      {"Attach", [](F& f) { f.AttachToBuffer(text.c_str(), "new"); }, 5, true},
-      {"Attach, corrupted", [](F& f) { f.AttachToBuffer("a\n{\n", "new"); }, 5, true},
-      {"AddSection", [](F& f) { f.AddSection(many.c_str(), false); }, 3},
-      {"AddSection, front", [](F& f) { f.AddSection(forty.c_str(), true); }, 2},
-      {"InsertSection", [](F& f) { f.InsertSection(many.c_str()); }, 3},
-      {"SetSectionName", [](F& f) { f.SetSectionName(many.c_str()); }, 2},
-      {"DeleteSection", [](F& f) { f.DeleteSection("d"); }, 0},
-      {"AddSectionEntry", [](F& f) { f.AddSectionEntry("k", many.c_str()); }, 9},
-      {"SetSectionEntry", [](F& f) { f.SetSectionEntry("a", many.c_str()); }, 1},
-      {"SetSectionEntry, new", [](F& f) { f.SetSectionEntry("k", forty.c_str()); }, 1},
-      {"Insert", [](F& f) { f.InsertSectionEntry("k", "2", false); }, 1},
-      {"Rename", [](F& f) { f.RenameSectionEntry(many.c_str()); }, 1},
-  };
-  TestFiles::TemporaryDirectory directory;
-  path = directory.Path("file");
-  TestFiles::Write(path, text);
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    int failed = 0;
-    for (int more = 0; more < 8; ++more) {  // so that every pool is at its brink once
-      long blocks = 0;
-      const auto make = [&] {
-        blocks = FailingNew::LiveBlocks();
-        file = std::make_unique<F>(TokensOf('T'), path.c_str());
-        for (int i = 0; i < more; ++i) file->AddSection("d", true), file->AddEntry("e", "1", true);
-        file->GotoSection("n");
-        file->afterDelete = true;
-      };
-      const auto run = [&row] {
-        try {
-          row.run(*file);
-        } catch (const ConfigException&) {  // of a text that is corrupted: all is released
-        }
-      };
-      make();
-      const string before = file->Image(), picture = file->Picture();
-      run();
-      const string after = file->lines != nullptr ? file->Image() : "";
-      file.reset();
-      failed += FailingNew::ForEachAllocation(
-          [&]() -> std::function<void()> {
-            make();
-            return run;
-          },
-          [&](bool threw) {
-            if (file->lines != nullptr) {
-              EXPECT_EQ(file->Image(), threw ? before : after);
-              EXPECT_EQ(file->Fault(), "");
-              EXPECT_TRUE(!threw || file->path == path);
-              EXPECT_TRUE(!threw || !row.keepsCursors || file->Picture() == picture);
-              EXPECT_FALSE(file->GotoSection("k=1") && file->SetSectionName("frozen"));
-            }
-            file.reset();
-            EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
-          });
-    }
-    EXPECT_GE(failed, row.atLeast);
-  }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_TESTS_SECTION_MODEL_H
-#define ZELCONFUTILS_TESTS_SECTION_MODEL_H
+#ifndef ZELCONFUTILS_TESTS_FILE_MODEL_H
+#define ZELCONFUTILS_TESTS_FILE_MODEL_H
 
 #include <algorithm>
 #include <cctype>
@@ -10,11 +10,12 @@
 #include <utility>
 #include <vector>
 
+#include "ConfigException.h"
 #include "OpenSectionFile.h"
 
-/// A plain model of a sectioned file. Lines and sections are numbered; a line is its five parts,
-/// and everything is searched again each time.
-class SectionModel {
+/// A plain model of a sectioned file, and with an empty start token of a flat one. Lines and
+/// sections are numbered; a line is its five parts, and everything is searched again each time.
+class FileModel {
  public:
   using string = std::string;
   using Text = const std::string&;
@@ -38,40 +39,30 @@ class SectionModel {
     int first, last;
     bool hasNameLine;
     Walk entries;
+    size_t capacity = 0;
     string Line() const { return head + key + gap + value + tail; }
+    bool Outgrown() {
+      if (Line().size() <= capacity) return false;
+      capacity = Line().size() + 32;
+      return true;
+    }
   };
 
-  explicit SectionModel(const SectionTokens& tokens) : t(tokens) {}
+  explicit FileModel(const FileTokens& tokens) : t(tokens) {}
 
-  /// False when the text ends inside a section.
+  /// Takes the bytes of a file. False when they end inside a section.
   bool Load(Text image) {
-    *this = SectionModel(t);
-    for (size_t at = 0; at < image.size(); at += items[lastId].head.size()) {
-      const string reach = image.substr(at, 1023);
-      const size_t end = reach.find('\n');
-      AddLine(end == string::npos ? reach : reach.substr(0, end + 1), kEnd);
-    }
-    int open = kUnset;
-    for (int id : lines.ids) {
-      const string line = items[id].head;
-      const size_t start = line.find(Start()), separator = line.find(t.separator);
-      if (line.find(t.comment) == 0) continue;
-      if (open == kUnset && start != string::npos && separator >= start) {
-        const bool above = TwoLines() && id != lines.First();
-        const int nameLine = above ? *(lines.Place(id) - 1) : id;
-        open = AddSection(nameLine, kUnset, kEnd, "");
-        items[open].hasNameLine = above || !TwoLines();
-        if (items[open].hasNameLine) items[open].key = NameIn(items[nameLine].Line());
-      } else if (open != kUnset && line.find(Stop()) != string::npos) {
-        items[std::exchange(open, kUnset)].last = id;
-      } else if (separator != string::npos) {
-        Parse(open == kUnset ? top : items[open].entries, id, separator);
-      }
-    }
-    sections.at = sections.First();
-    top.at = top.First();
-    stay = false;
-    return open == kUnset;
+    Cut(image);
+    return Index();
+  }
+  /// Takes a text. "!" when it ends inside a section.
+  string Attach(Text text) {
+    size_t at = 0;
+    for (size_t end; (end = text.find('\n', at)) != string::npos && end - at < 1023;) at = end + 1;
+    Cut(text.substr(0, at));
+    top.at = sections.at = kEnd;
+    if (text.find('\n', at) != string::npos) return "0";  // a line that is too long
+    return Index() ? "1" : "!";
   }
 
   string Image() const {
@@ -80,7 +71,7 @@ class SectionModel {
     return image;
   }
 
-  /// As `OpenSectionFile::Picture`.
+  /// As the `Picture` of a file, with capacities.
   string Picture() const {
     string picture = Listed(top) + "; " + (sections.at == kUnset ? "^" : "");
     for (int id : sections.ids) {
@@ -120,12 +111,20 @@ class SectionModel {
     return std::to_string(key.empty() ? value.size() : key.size()) + key.c_str() + "," +
            value.c_str();
   }
+  string SetTop(Walk& w, Text value, Text) {
+    stay = stay && (w.at == kEnd || items[w.at].value == value);
+    return Set(w, value, "");
+  }
   string Set(Walk& w, Text value, Text) { return w.at < 0 ? "0" : SetValue(w.at, value); }
   string Rename(Walk& w, Text key, Text) {
     if (w.at == kEnd || key.empty() || IsFrozen(w.at)) return "0";
-    Item& line = items[w.at];
+    Item line = items[w.at];
+    // The place of an empty key is counted back from the first separator of the line.
+    if (line.key.empty()) Part(line, line.head + line.gap, false);
     if ((line.gap + line.value + line.tail).size() > 1023) return "0";
     line.key = key;
+    line.Outgrown();
+    items[w.at] = line;
     return "1";
   }
   string Add(Walk& w, Text key, Text value) {
@@ -187,6 +186,41 @@ class SectionModel {
   }
 
  private:
+  void Cut(Text image) {
+    *this = FileModel(t);
+    for (size_t at = 0; at < image.size(); at += items[lastId].head.size()) {
+      const string reach = image.substr(at, 1023);
+      const size_t end = reach.find('\n');
+      AddLine(end == string::npos ? reach : reach.substr(0, end + 1), kEnd);
+    }
+  }
+  bool Index() {
+    int open = kUnset;
+    for (int id : lines.ids) {
+      const string line = items[id].head;
+      const size_t start = line.find(Start()), separator = Separator(line);
+      if (line.find(t.comment) == 0) continue;
+      if (*t.start != '\0' && open == kUnset && start != string::npos && separator >= start) {
+        const bool above = TwoLines() && id != lines.First();
+        const int nameLine = above ? *(lines.Place(id) - 1) : id;
+        open = AddSection(nameLine, kUnset, kEnd, "");
+        items[open].hasNameLine = above || !TwoLines();
+        if (items[open].hasNameLine) items[open].key = NameIn(items[nameLine].Line());
+      } else if (open != kUnset && line.find(Stop()) != string::npos) {
+        items[std::exchange(open, kUnset)].last = id;
+      } else if (separator != string::npos) {
+        Parse(open == kUnset ? top : items[open].entries, id, separator);
+      }
+    }
+    sections.at = sections.First();
+    top.at = top.First();
+    stay = false;
+    return open == kUnset;
+  }
+  // Of the first one; an empty separator is nowhere.
+  size_t Separator(Text line) const {
+    return *t.separator == '\0' ? string::npos : line.find(t.separator);
+  }
   bool TwoLines() const { return t.start[0] == '\n'; }
   string Start() const { return t.start + (t.start[0] == '\n'); }
   string Stop() const { return t.stop + (t.stop[0] == '\n'); }
@@ -205,22 +239,29 @@ class SectionModel {
     const string keyword = name.empty() || *t.keyword == '\0' ? "" : t.keyword + string(" ");
     return keyword + name + (TwoLines() ? "\n" : name.empty() ? t.start : string(" ") + t.start);
   }
+  // Parts `front`, the line up to the value, into head, key and gap by its first separator.
+  void Part(Item& line, Text front, bool hasKey) const {
+    size_t end = Separator(front), key = 0;
+    while (end > 1 && IsSpace(front[end - 1])) --end;
+    while (hasKey && key < end && IsSpace(front[key])) ++key;
+    if (!hasKey) key = end;
+    line.head = front.substr(0, key);
+    line.key = front.substr(key, end - key);
+    line.gap = front.substr(end);
+  }
   void Parse(Walk& w, int id, size_t at) {
     const string line = items[id].head;
     const size_t value = at + std::strlen(t.separator);
-    size_t key = 0, keyEnd = at, end = line.size();
-    while (keyEnd > 1 && IsSpace(line[keyEnd - 1])) --keyEnd;
-    while (key < keyEnd && IsSpace(line[key])) ++key;
+    size_t end = line.size();
     while (end > value && IsSpace(line[end - 1])) --end;
-    items[id].head = line.substr(0, key);
-    items[id].key = line.substr(key, keyEnd - key);
-    items[id].gap = line.substr(keyEnd, value - keyEnd);
+    Part(items[id], line.substr(0, value), true);
     items[id].value = line.substr(value, end - value);
     items[id].tail = line.substr(end);
     w.Insert(id, kEnd);
   }
   int AddLine(Text text, int front) {
     items[++lastId].head = text;
+    items[lastId].capacity = text.size() + 33;
     lines.Insert(lastId, front);
     return lastId;
   }
@@ -235,8 +276,9 @@ class SectionModel {
     return Jump(sections, AddSection(first, AddLine(Stop(), line), front, name));
   }
   int Compose(Walk& w, Text key, Text value, int line, int front) {
-    const Item composed{t.prefix, key, t.separator, value, "\n", kUnset, kUnset, false, {}};
-    if (composed.Line().size() > 1023) return kEnd;
+    Item composed{t.prefix, key, t.separator, value, "\n", kUnset, kUnset, false, {}};
+    composed.capacity = composed.Line().size() + 33;
+    if (composed.Line().size() > 1023 || *t.separator == '\0') return kEnd;
     const int id = AddLine("", line);
     items[id] = composed;
     w.Insert(id, front);
@@ -262,9 +304,14 @@ class SectionModel {
     return Told(id != kEnd);
   }
   string SetValue(int id, Text value) {
-    if (items[id].value == value) return "1";
-    if (IsFrozen(id) || items[id].tail.size() > 1023) return "0";
-    items[id].value = value;
+    Item& line = items[id];
+    if (line.value == value) return "1";
+    if (IsFrozen(id) || line.tail.size() > 1023) return "0";
+    line.value = value;
+    const string front = line.head + line.key + line.gap;
+    const size_t first = Separator(front) + std::strlen(t.separator);
+    // A text that has moved is parted anew, unless the key itself holds a separator.
+    if (line.Outgrown() && first == front.size()) Part(line, front, true);
     return "2";
   }
   bool Erase(Walk& w, int id) {
@@ -276,13 +323,15 @@ class SectionModel {
   string Listed(const Walk& w) const {
     string listed = w.at == kUnset ? "^" : "";
     for (int id : w.ids) {
-      listed += (id == w.at ? "*" : "") + items.at(id).key + "[" + items.at(id).value + "]";
+      const Item& line = items.at(id);
+      listed += (id == w.at ? "*" : "") + line.key + "[" + line.value + "]";
+      listed += std::to_string(line.capacity);
     }
     return listed + (w.at == kEnd ? "$" : "");
   }
 
  public:
-  SectionTokens t;
+  FileTokens t;
   Walk lines, top, sections;
   Walk nowhere;  // of the entries without a section
 
@@ -292,16 +341,17 @@ class SectionModel {
 };
 
 /// One call, on a file and on its model.
-struct SectionStep {
+template <class F>
+struct Step {
   std::string name;    // "e." of the current section's entries, "t." of the top level
   std::string policy;  // c ends the stay first, s settles the section, e the walk's own cursor
-  std::string (*run)(OpenSectionFile& f, const char* a, const char* b);
-  std::string (SectionModel::*model)(SectionModel::Walk&, const std::string&, const std::string&);
+  std::string (*run)(F& f, const char* a, const char* b);
+  std::string (FileModel::*model)(FileModel::Walk&, const std::string&, const std::string&);
 
-  std::string On(SectionModel& m, const std::string& a, const std::string& b) const {
+  std::string On(FileModel& m, const std::string& a, const std::string& b) const {
     if (policy.find('c') != std::string::npos) m.stay = false;
     if (policy.find('s') != std::string::npos) m.sections.Settle();
-    m.nowhere = {{}, SectionModel::kEnd};
+    m.nowhere = {{}, FileModel::kEnd};
     auto& w = name[1] != '.'       ? m.sections
               : name[0] == 't'     ? m.top
               : m.sections.at >= 0 ? m.items[m.sections.at].entries
@@ -311,47 +361,11 @@ struct SectionStep {
   }
 };
 
-/// All that moves, reads or edits.
-inline const auto& SectionSteps() {
-  using F = OpenSectionFile;
+template <class F>
+std::vector<Step<F>> TopLevelSteps() {
   using A = const char*;
-  using M = SectionModel;
-  static const SectionStep steps[] = {
-      {"next", "", [](F& f, A, A) { return Told(f.GotoNextSection()); }, &M::Next},
-      {"prev", "c", [](F& f, A, A) { return Told(f.GotoPreviousSection()); }, &M::Prev},
-      {"first", "c", [](F& f, A, A) { return Told(f.GotoFirstSection()); }, &M::First},
-      {"last", "c", [](F& f, A, A) { return Told(f.GotoLastSection()); }, &M::Last},
-      {"goto", "c", [](F& f, A a, A) { return Told(f.GotoSection(a)); }, &M::Goto},
-      {"count", "", [](F& f, A, A) { return Told(f.GetSectionCount()); }, &M::Count},
-      {"name", "ce", [](F& f, A, A) { return f.Name(); }, &M::Name},
-      {"rename", "ce", [](F& f, A a, A) { return Told(f.SetSectionName(a)); }, &M::SetName},
-      {"add", "c", [](F& f, A a, A) { return Told(f.AddSection(a, false)); }, &M::AddS},
-      {"addfront", "c", [](F& f, A a, A) { return Told(f.AddSection(a, true)); }, &M::AddFrontS},
-      {"insert", "e", [](F& f, A a, A) { return Told(f.InsertSection(a)); }, &M::InsertS},
-      {"delete", "e", [](F& f, A, A) { return Told(f.DeleteSection()); }, &M::DeleteS},
-      {"deletename", "c", [](F& f, A a, A) { return Told(f.DeleteSection(a)); }, &M::DeleteName},
-      {"restart", "c", [](F& f, A, A) { return f.Restart(), std::string("-"); }, &M::Restart},
-      {"e.count", "s", [](F& f, A, A) { return Told(f.GetSecEntryCount()); }, &M::Count},
-      {"e.goto", "sc", [](F& f, A a, A) { return Told(f.GotoSecEntry(a)); }, &M::Goto},
-      {"e.next", "s", [](F& f, A, A) { return Told(f.GotoSecNextEntry()); }, &M::Next},
-      {"e.prev", "sc", [](F& f, A, A) { return Told(f.GotoSecPrevEntry()); }, &M::Prev},
-      {"e.first", "sc", [](F& f, A, A) { return Told(f.GotoSecFirstEntry()); }, &M::First},
-      {"e.last", "sc", [](F& f, A, A) { return Told(f.GotoSecLastEntry()); }, &M::Last},
-      {"e.restart", "c", [](F& f, A, A) { return f.RestartSection(), std::string("-"); },
-       &M::Restart},
-      {"e.get", "sc", [](F& f, A a, A) { return f.Get(&F::GetSectionEntry, a); }, &M::Get},
-      {"e.read", "sce", [](F& f, A, A) { return f.Read(&F::GetSecCurrentEntry); }, &M::Read},
-      {"e.set", "c", [](F& f, A a, A) { return Told(f.SetSecCurrentEntry(a)); }, &M::Set},
-      {"e.rename", "sce", [](F& f, A a, A) { return Told(f.RenameSectionEntry(a)); }, &M::Rename},
-      {"e.add", "sc", [](F& f, A a, A b) { return Told(f.AddSectionEntry(a, b)); }, &M::Add},
-      {"e.put", "sc", [](F& f, A a, A b) { return Told(f.SetSectionEntry(a, b)); }, &M::Put},
-      {"e.insert", "s", [](F& f, A a, A b) { return Told(f.InsertSectionEntry(a, b, false)); },
-       &M::Insert},
-      {"e.replace", "s", [](F& f, A a, A b) { return Told(f.InsertSectionEntry(a, b, true)); },
-       &M::Replace},
-      {"e.deletekey", "sc", [](F& f, A a, A) { return Told(f.DeleteSectionEntry(a)); },
-       &M::DeleteKey},
-      {"e.delete", "c", [](F& f, A, A) { return Told(f.DeleteSectionEntry()); }, &M::Delete},
+  using M = FileModel;
+  return {
       {"t.count", "", [](F& f, A, A) { return Told(f.GetEntryCount()); }, &M::Count},
       {"t.goto", "c", [](F& f, A a, A) { return Told(f.GotoEntry(a)); }, &M::Goto},
       {"t.next", "", [](F& f, A, A) { return Told(f.GotoNextEntry()); }, &M::Next},
@@ -369,7 +383,101 @@ inline const auto& SectionSteps() {
       {"t.deletekey", "c", [](F& f, A a, A) { return Told(f.DeleteEntry(a)); }, &M::DeleteKey},
       {"t.delete", "e", [](F& f, A, A) { return Told(f.DeleteCurrentEntry()); }, &M::Delete},
   };
+}
+
+/// All that moves, reads or edits.
+template <class F>
+const std::vector<Step<F>>& Steps();
+
+template <>
+inline const std::vector<Step<OpenConfigFile>>& Steps() {
+  using F = OpenConfigFile;
+  using A = const char*;
+  using M = FileModel;
+  static const auto steps = [] {
+    std::vector<Step<F>> made = TopLevelSteps<F>();
+    made.push_back(
+        {"t.restart", "c", [](F& f, A, A) { return f.Restart(), std::string("-"); }, &M::Restart});
+    made.push_back(
+        {"t.set", "e", [](F& f, A a, A) { return Told(f.SetCurrentEntry(a)); }, &M::SetTop});
+    return made;
+  }();
   return steps;
+}
+
+template <>
+inline const std::vector<Step<OpenSectionFile>>& Steps() {
+  using F = OpenSectionFile;
+  using A = const char*;
+  using M = FileModel;
+  static const auto steps = [] {
+    std::vector<Step<F>> made = {
+        {"next", "", [](F& f, A, A) { return Told(f.GotoNextSection()); }, &M::Next},
+        {"prev", "c", [](F& f, A, A) { return Told(f.GotoPreviousSection()); }, &M::Prev},
+        {"first", "c", [](F& f, A, A) { return Told(f.GotoFirstSection()); }, &M::First},
+        {"last", "c", [](F& f, A, A) { return Told(f.GotoLastSection()); }, &M::Last},
+        {"goto", "c", [](F& f, A a, A) { return Told(f.GotoSection(a)); }, &M::Goto},
+        {"count", "", [](F& f, A, A) { return Told(f.GetSectionCount()); }, &M::Count},
+        {"name", "ce", [](F& f, A, A) { return f.Name(); }, &M::Name},
+        {"rename", "ce", [](F& f, A a, A) { return Told(f.SetSectionName(a)); }, &M::SetName},
+        {"add", "c", [](F& f, A a, A) { return Told(f.AddSection(a, false)); }, &M::AddS},
+        {"addfront", "c", [](F& f, A a, A) { return Told(f.AddSection(a, true)); }, &M::AddFrontS},
+        {"insert", "e", [](F& f, A a, A) { return Told(f.InsertSection(a)); }, &M::InsertS},
+        {"delete", "e", [](F& f, A, A) { return Told(f.DeleteSection()); }, &M::DeleteS},
+        {"deletename", "c", [](F& f, A a, A) { return Told(f.DeleteSection(a)); }, &M::DeleteName},
+        {"restart", "c", [](F& f, A, A) { return f.Restart(), std::string("-"); }, &M::Restart},
+        {"e.count", "s", [](F& f, A, A) { return Told(f.GetSecEntryCount()); }, &M::Count},
+        {"e.goto", "sc", [](F& f, A a, A) { return Told(f.GotoSecEntry(a)); }, &M::Goto},
+        {"e.next", "s", [](F& f, A, A) { return Told(f.GotoSecNextEntry()); }, &M::Next},
+        {"e.prev", "sc", [](F& f, A, A) { return Told(f.GotoSecPrevEntry()); }, &M::Prev},
+        {"e.first", "sc", [](F& f, A, A) { return Told(f.GotoSecFirstEntry()); }, &M::First},
+        {"e.last", "sc", [](F& f, A, A) { return Told(f.GotoSecLastEntry()); }, &M::Last},
+        {"e.restart", "c", [](F& f, A, A) { return f.RestartSection(), std::string("-"); },
+         &M::Restart},
+        {"e.get", "sc", [](F& f, A a, A) { return f.Get(&F::GetSectionEntry, a); }, &M::Get},
+        {"e.read", "sce", [](F& f, A, A) { return f.Read(&F::GetSecCurrentEntry); }, &M::Read},
+        {"e.set", "c", [](F& f, A a, A) { return Told(f.SetSecCurrentEntry(a)); }, &M::Set},
+        {"e.rename", "sce", [](F& f, A a, A) { return Told(f.RenameSectionEntry(a)); }, &M::Rename},
+        {"e.add", "sc", [](F& f, A a, A b) { return Told(f.AddSectionEntry(a, b)); }, &M::Add},
+        {"e.put", "sc", [](F& f, A a, A b) { return Told(f.SetSectionEntry(a, b)); }, &M::Put},
+        {"e.insert", "s", [](F& f, A a, A b) { return Told(f.InsertSectionEntry(a, b, false)); },
+         &M::Insert},
+        {"e.replace", "s", [](F& f, A a, A b) { return Told(f.InsertSectionEntry(a, b, true)); },
+         &M::Replace},
+        {"e.deletekey", "sc", [](F& f, A a, A) { return Told(f.DeleteSectionEntry(a)); },
+         &M::DeleteKey},
+        {"e.delete", "c", [](F& f, A, A) { return Told(f.DeleteSectionEntry()); }, &M::Delete},
+    };
+    const auto more = TopLevelSteps<F>();
+    made.insert(made.end(), more.begin(), more.end());
+    return made;
+  }();
+  return steps;
+}
+
+/// Where product and model differ after the same call on both, or an empty text.
+template <class F>
+std::string Difference(F& file, FileModel& model, const std::string& result,
+                       const std::string& expected) {
+  if (result != expected) return "result: " + result + " instead of " + expected;
+  if (file.Image() != model.Image()) return "image: " + file.Image() + "\n--\n" + model.Image();
+  const std::string picture = file.Picture(true);
+  if (picture != model.Picture()) return "picture: " + picture + "\n--\n" + model.Picture();
+  return file.Fault();
+}
+
+/// Takes a text into both.
+template <class F>
+std::string Attach(F& file, FileModel& model, const std::string& text, const char* path) {
+  std::string result;
+  try {
+    result = Told(file.AttachToBuffer(text.c_str(), path));
+  } catch (const ConfigException&) {
+    result = "!";
+  }
+  const std::string expected = model.Attach(text.c_str());
+  if (result != expected || result == "!") return result == expected ? "" : "attach: " + result;
+  return Difference(file, model, result, expected);
 }
 
 #endif
