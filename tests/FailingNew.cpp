@@ -7,47 +7,33 @@
 namespace {
 
 constexpr long kNever = -1;
-long liveBlocks = 0;
-long untilFailure = kNever;
+long liveBlocks = 0, untilFailure = kNever;
 
-void* AllocateOrNull(std::size_t bytes) noexcept {
-  if (untilFailure == 0) {
-    untilFailure = kNever;
-    return nullptr;
-  }
-  if (untilFailure > 0) --untilFailure;
+void* TryAllocate(std::size_t bytes) noexcept {
+  if (untilFailure >= 0 && untilFailure-- == 0) return nullptr;
   void* block = std::malloc(bytes == 0 ? 1 : bytes);
   if (block != nullptr) ++liveBlocks;
   return block;
 }
 
-void* Allocate(std::size_t bytes) {
-  void* block = AllocateOrNull(bytes);
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+  void* block = TryAllocate(bytes);
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
-
-void Release(void* block) noexcept {
-  if (block == nullptr) return;
-  --liveBlocks;
+void operator delete(void* block) noexcept {
+  if (block != nullptr) --liveBlocks;
   std::free(block);
 }
-
-}  // namespace
-
-void* operator new(std::size_t bytes) { return Allocate(bytes); }
-void* operator new[](std::size_t bytes) { return Allocate(bytes); }
 // Under a sanitizer these would otherwise be its own, and their blocks not ours to release.
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  return AllocateOrNull(bytes);
-}
-void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
-  return AllocateOrNull(bytes);
-}
-void operator delete(void* block) noexcept { Release(block); }
-void operator delete[](void* block) noexcept { Release(block); }
-void operator delete(void* block, std::size_t) noexcept { Release(block); }
-void operator delete[](void* block, std::size_t) noexcept { Release(block); }
+void* operator new[](std::size_t bytes) { return operator new(bytes); }
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept { return TryAllocate(n); }
+void* operator new[](std::size_t n, const std::nothrow_t&) noexcept { return TryAllocate(n); }
+void operator delete[](void* block) noexcept { operator delete(block); }
+void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+void operator delete[](void* block, std::size_t) noexcept { operator delete(block); }
 
 namespace FailingNew {
 
