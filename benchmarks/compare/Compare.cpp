@@ -36,8 +36,9 @@ constexpr Sizes kFull = {1000000, 20000, 100, 50, 5, std::size_t{500} << 20};
 constexpr Sizes kQuick = {100000, 2000, 10, 5, 3, std::size_t{50} << 20};
 
 constexpr int kSmallLines = 100;
-constexpr int kSmallRounds = 4;             // for one of the large data: short runs scatter more
-constexpr const char* kSmallCopies = "50";  // objects alive at once, ten times in a row
+constexpr int kSmallRounds = 4;              // for one of the large data: short runs scatter more
+constexpr const char* kSmallCopies = "10";   // objects alive at once
+constexpr const char* kSmallRepeats = "50";  // times in a row
 constexpr std::size_t kSmallCsvBytes = 15000;
 constexpr const char* kSmallCsvRepeats = "200";
 
@@ -160,6 +161,7 @@ struct Contender {
   const char* program;
   const char* steps;  // in one process; those behind a bar in another
   const char* smallCopies = kSmallCopies;
+  const char* smallRepeats = kSmallRepeats;
 };
 
 struct KeyFileScenario {
@@ -270,7 +272,7 @@ class Comparison {
                            target,
                            scenario.probes,
                            scenario.small ? contender.smallCopies : "1",
-                           scenario.small ? "10" : "1"};
+                           scenario.small ? contender.smallRepeats : "1"};
     std::istringstream words(steps);
     for (std::string step; words >> step;) arguments.push_back(step);
     if (!scenario.small) WarmMemory(sizes.warmedBytes);
@@ -393,7 +395,7 @@ const std::vector<Contender> kSmallFlat = {
     {"inih", "keyfile_inih", "load lookup release"},
     {"iniparser", "keyfile_iniparser", "load lookup walk save edit release|job"},
     {"libini_config", "keyfile_libini_config", "load lookup walk save edit release|job"},
-    {"Augeas", "keyfile_augeas", "load lookup edit release|job", "1"},
+    {"Augeas", "keyfile_augeas", "load lookup edit release|job", "1", "2"},
 };
 
 const std::vector<Contender> kCsv = {
