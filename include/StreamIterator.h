@@ -66,7 +66,17 @@ class ZELCONFUTILS_API FileIterator : public StreamIterator {
   void CloseFile();
 
  private:
-  std::ifstream stream;  // its end-of-file flag is what `HasMoreLines` tells
+  // Lines are taken where the file was read to: a stream would hand them on in one more copy.
+  class Buffer : public std::filebuf {
+   public:
+    bool TakeLine(std::string& line);  // false: the end of the file came first
+
+   private:
+    bool Fill();
+  };
+
+  Buffer buffer;
+  bool atEnd;  // a read ran into the end of the file
 };
 
 /// The lines of a text in memory, each byte as it is: a CR in front of an LF stays. A text that

@@ -74,9 +74,9 @@ class ZELCONFUTILS_API ZelLex {
   char GetChar();  // the new `current`
   int PutChar();   // the new `current`
   void IgnoreWhiteSpaces();
+  bool ReadShortRun(ZelLexTokenKind kind);
   void ReadRun(ZelLexTokenKind kind);
   bool RunGoesOn(ZelLexTokenKind kind);
-  static std::size_t RunLength(const char* bytes, std::size_t left, ZelLexTokenKind kind);
   bool FetchLine();
   void ResetToken();
   static ZelLexTokenKind KindOf(char c);  // of the token that starts with `c`

@@ -11,12 +11,6 @@
 
 #include "platform/Platform.h"
 
-namespace {
-
-constexpr std::size_t kPieceBytes = 4096;  // one read of a line from the stream, its NUL included
-
-}  // namespace
-
 StreamIterator::StreamIterator() = default;
 StreamIterator::StreamIterator(const StreamIterator&) = default;
 StreamIterator& StreamIterator::operator=(const StreamIterator&) = default;
@@ -24,49 +18,52 @@ StreamIterator::~StreamIterator() = default;
 
 // Binary, because the runtimes differ in what text mode folds, and the classic locale, because a
 // locale set by the host could convert bytes.
-FileIterator::FileIterator(const char* fileName) {
+FileIterator::FileIterator(const char* fileName) : atEnd(false) {
   if (Platform::IsDirectory(fileName)) throw std::exception();
-  stream.imbue(std::locale::classic());
-  stream.open(fileName, std::ios::in | std::ios::binary);
-  if (!stream) throw std::exception();
+  buffer.pubimbue(std::locale::classic());
+  if (buffer.open(fileName, std::ios::in | std::ios::binary) == nullptr) throw std::exception();
 }
 
 FileIterator::~FileIterator() { CloseFile(); }
 
-bool FileIterator::HasMoreLines() { return stream.is_open() && !stream.eof(); }
+bool FileIterator::HasMoreLines() { return buffer.is_open() && !atEnd; }
 
-// The stream fills a piece of our own and not a string: it would swallow a failed allocation. An
-// LF behind a full piece is still taken with it, so that a CR in front of it is in the same piece.
 std::string FileIterator::GetLine() {
   std::string line;
-  std::streamoff taken = 0;
-  bool complete = !FileIterator::HasMoreLines();
-  while (!complete) {
-    char piece[kPieceBytes];
-    stream.getline(piece, kPieceBytes);
-    taken += stream.gcount();
-    auto length = static_cast<std::size_t>(stream.gcount());
-    if (stream.bad()) stream.setstate(std::ios::eofbit);
-    if (stream.good()) {  // an LF was met: counted, but not stored
-      --length;
-      if (length > 0 && piece[length - 1] == '\r') --length;
-      piece[length++] = '\n';
-    }
-    complete = stream.good() || stream.eof();
-    if (!complete) stream.clear();  // the piece is full: the line goes on
-    try {
-      line.append(piece, length);
-    } catch (...) {
-      stream.clear();
-      stream.rdbuf()->pubseekoff(-taken, std::ios::cur, std::ios::in);
-      throw;
-    }
-  }
+  if (FileIterator::HasMoreLines()) atEnd = !buffer.TakeLine(line);
   return line;
 }
 
-void FileIterator::CloseFile() {
-  if (stream.is_open()) stream.close();
+void FileIterator::CloseFile() { buffer.close(); }
+
+bool FileIterator::Buffer::TakeLine(std::string& line) {
+  std::streamoff taken = 0;
+  const char* lineFeed = nullptr;
+  while (lineFeed == nullptr) {
+    if (gptr() == egptr() && !Fill()) return false;
+    const auto left = static_cast<std::size_t>(egptr() - gptr());
+    lineFeed = static_cast<const char*>(std::memchr(gptr(), '\n', left));
+    const auto bytes = lineFeed == nullptr ? egptr() - gptr() : lineFeed + 1 - gptr();
+    try {
+      line.append(gptr(), static_cast<std::size_t>(bytes));
+    } catch (...) {
+      pubseekoff(-taken, std::ios::cur, std::ios::in);
+      throw;
+    }
+    taken += bytes;
+    setg(eback(), gptr() + bytes, egptr());
+  }
+  if (line.size() > 1 && line[line.size() - 2] == '\r') line.erase(line.size() - 2, 1);
+  return true;
+}
+
+// False at the end of the file, and where it cannot be read: some runtimes throw there.
+bool FileIterator::Buffer::Fill() {
+  try {
+    return underflow() != traits_type::eof();
+  } catch (const std::ios_base::failure&) {
+    return false;
+  }
 }
 
 BufferIterator::BufferIterator(const char* text)
