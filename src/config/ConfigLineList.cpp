@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "platform/Platform.h"
+
 namespace Configuration {
 
 namespace {
@@ -154,7 +156,9 @@ bool ConfigLineList::ProvideSaveBuffer() {
     return true;
   }
   saveBuffer.reset(new (std::nothrow) char[saveCapacity]);
-  return saveBuffer != nullptr;
+  if (saveBuffer == nullptr) return false;
+  Platform::PreferLargePages(saveBuffer.get(), saveCapacity);
+  return true;
 }
 
 }  // namespace Configuration

@@ -8,6 +8,8 @@
 
 namespace Configuration {
 
+using Platform::kLargePageBytes;
+
 SlabChain::Room SlabChain::Add() {
   const std::size_t bytes = nextBytes_;
   void* block;

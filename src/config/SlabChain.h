@@ -38,7 +38,6 @@ class SlabChain {
   };
 
   static constexpr std::size_t kFirstBytes = 512;
-  static constexpr std::size_t kLargePageBytes = std::size_t{1} << 21;  // on x86-64 and most ARM
 
   Slab* last_ = nullptr;
   std::size_t nextBytes_ = kFirstBytes;

@@ -40,8 +40,10 @@ bool MakeDirectory(const char* path);
 /// Whether `path` names an existing directory.
 bool IsDirectory(const char* path);
 
-/// Asks the system to back a block of memory with large pages. A hint, with no effect where the
-/// system has none.
+constexpr std::size_t kLargePageBytes = std::size_t{1} << 21;  // on x86-64 and most ARM
+
+/// Asks the system to back what lies in whole large pages of a block of memory with such pages. A
+/// hint, with no effect where the system has none.
 void PreferLargePages(void* block, std::size_t bytes);
 
 }  // namespace Platform

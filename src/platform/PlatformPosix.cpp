@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <memory>
 
 namespace Platform {
 
@@ -81,7 +82,10 @@ bool IsDirectory(const char* path) {
 
 void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
 #ifdef MADV_HUGEPAGE
-  madvise(block, bytes, MADV_HUGEPAGE);
+  void* pages = block;
+  if (std::align(kLargePageBytes, kLargePageBytes, pages, bytes) != nullptr) {
+    madvise(pages, bytes, MADV_HUGEPAGE);
+  }
 #endif
 }
 
