@@ -22,24 +22,19 @@ int HoldAgainstModel(const FileTokens (&tokens)[4], const std::uint8_t* data, st
       "", "a", "b", "k1", "section", std::string(40, 'x'), " = ", std::string(1000, 'v')};
   if (size < 2 || size < 2 + data[1] % 32u * 2) return 0;
   const std::uint8_t* const content = data + 2 + data[1] % 32u * 2;
-  const std::string image(content, data + size);
-  F file(tokens[data[0] % 4u]);
-  FileModel model(tokens[data[0] % 4u]);
-  const bool whole = model.Load(image);
-  try {
-    file.Take(image);
-    Require(whole ? "" : "a text that ends inside a section was taken");
-  } catch (const ConfigException&) {
-    Require(whole ? "a whole text was refused" : "");
-    return 0;
-  }
-  Require(Difference(file, model, file.Image(), image));
-  for (const std::uint8_t* byte = data + 2; byte != content; byte += 2) {
+  Twin<F> twin(tokens[data[0] % 4u]);
+  F& file = twin.file;
+  FileModel& model = twin.model;
+  Require(twin.Take(std::string(content, data + size)));
+  for (const std::uint8_t* byte = data + 2; byte != content && file.lines != nullptr; byte += 2) {
     const Step<F>& step = Steps<F>()[byte[0] % Steps<F>().size()];
     const std::string &a = texts[byte[1] % 8u], &b = texts[byte[1] / 8u % 8u];
-    Require(Difference(file, model, step.run(file, a.c_str(), b.c_str()), step.On(model, a, b)));
+    Require(twin.Difference(step.run(file, a.c_str(), b.c_str()), step.On(model, a, b)));
   }
-  Require(Attach(file, model, file.Image(), nullptr));
+  if (file.lines == nullptr) return 0;
+  const std::string image = model.Image();
+  const auto attach = [&] { return Told(file.AttachToBuffer(image.c_str(), nullptr)); };
+  Require(twin.Difference(Outcome(attach), model.Attach(image.c_str())));
   return 0;
 }
 

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-// Every operation from every state, and random operations, held against a plain model.
-// ZELCONFUTILS_TEST_SEED repeats a run.
+// Every small text and random operations, held against a plain model. Each allocation of each
+// operation fails once. ZELCONFUTILS_TEST_SEED makes other walks.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
+#include <functional>
 #include <iterator>
-#include <map>
 #include <random>
 #include <string>
+#include <vector>
 
+#include "AllTexts.h"
+#include "FailingNew.h"
 #include "FileModel.h"
 #include "TestFiles.h"
 
@@ -20,230 +21,173 @@ namespace {
 using std::size_t;
 using std::string;
 
-constexpr FileTokens kFlat = {"", "", "", "=", "#", ""};
-constexpr FileTokens kPreset = {"section", "{\n", "}\n", "=", "#", ""};
-constexpr FileTokens kTwoLines = {"section", "\n{\n", "\n}\n", "=", "#", ""};
+constexpr FileTokens kFlat[] = {{"", "", "", "=", "#", ""},    {"", "", "", ":=", "#", "\t"},
+                                {"", "", "", " = ", "//", ""}, {"", "", "", "\t", "#", "  "},
+                                {"", "", "", "=", "//", "a="}, {"", "", "", "=", "", "#"},
+                                {"", "", "", "==", "#", " "},  {"", "", "", "", "#", ""}};
+constexpr FileTokens kSectioned[] = {
+    {"section", "{\n", "}\n", "=", "#", ""},
+    {"section", "\n{\n", "\n}\n", "=", "#", ""},
+    {"", "\nBEGIN\n", "END\n", ":=", "//", "\t"},
+    {"a", "\n{", "\n}", "==", ";;", ""},
+    {"section", "{{", "}}", "=", "#", ""},
+    {"{\n", " {\n", "}\n", " ", "#", "\t"},  // the keyword and a separator in the start token
+};
+
+// A text in which some letters stand for tokens.
+string Spelled(const string& letters, const FileTokens& t) {
+  string text;
+  for (const char c : letters) {
+    const size_t token = string("K<>=#/").find(c);
+    const char* const tokens[] = {t.keyword, t.start, t.stop, t.separator, t.comment, "\n"};
+    text +=
+        token != string::npos ? tokens[token] : string(c == 'L' ? 1020 : 1, c == '0' ? '\0' : c);
+  }
+  return text;
+}
 
 template <class F>
-void ExpectAgreement(const Step<F>& step, F& file, FileModel& model, const string& a,
-                     const string& b) {
-  const string before = file.Picture(true) + "\n" + file.Image();
-  const string result = step.run(file, a.c_str(), b.c_str()), expected = step.On(model, a, b);
-  ASSERT_EQ(Difference(file, model, result, expected), "")
+void AgreeOnEveryText(const FileTokens& tokens, const std::vector<string>& texts) {
+  for (const string& letters : texts) {
+    ASSERT_EQ(Twin<F>(tokens).Take(Spelled(letters, tokens)), "") << letters;
+  }
+}
+
+TEST(FileModel, AgreesOnEverySmallText) {
+  for (const auto& tokens : kFlat) AgreeOnEveryText<OpenConfigFile>(tokens, AllTexts("a=# /", 5));
+  const auto texts = AllTexts("Ka=#<> /", 4);
+  for (const auto& tokens : kSectioned) AgreeOnEveryText<OpenSectionFile>(tokens, texts);
+}
+
+// The call with each of its allocations failing once, on a file that stays usable, then whole.
+void FailEachAllocation(const std::function<void()>& call, const std::function<void()>& behind) {
+  FailingNew::ForEachAllocation([&] { return call; },
+                                [&](bool failed) { failed ? behind() : void(); });
+}
+
+template <class F>
+void Agree(const Step<F>& step, Twin<F>& twin, const string& a, const string& b) {
+  F& file = twin.file;
+  FileModel& model = twin.model;
+  const string before = file.Picture() + "\n" + file.Image();
+  string result;
+  FailEachAllocation([&] { result = step.run(file, a.c_str(), b.c_str()); },
+                     [&] { EXPECT_EQ(file.Image(), model.Image()) << step.name << before; });
+  EXPECT_EQ(twin.Difference(result, step.On(model, a.c_str(), b.c_str())), "")
       << step.name << "(" << testing::PrintToString(a) << ", " << testing::PrintToString(b)
       << ") on " << before;
 }
 
-// To element `n` in both, unset below 0, end at its count.
-template <class List, class Position>
-void Put(List& list, Position& cursor, FileModel::Walk& walk, int n) {
-  cursor = {};
-  walk.at = FileModel::kUnset;
-  for (int i = -1; i < n && walk.at != FileModel::kEnd; ++i) {
-    if (cursor.IsUnset())
-      cursor = list.First();
-    else
-      cursor.StepForward();
-    walk.at = i < 0 ? walk.First() : walk.Behind(walk.at);
-  }
-}
-
-void PutCursors(OpenConfigFile& file, FileModel& model, int, int entry) {
-  Put(*file.entries, *file.cursor, model.top, entry);
-}
-void PutCursors(OpenSectionFile& file, FileModel& model, int section, int entry) {
-  Put(*file.sections, *file.sectionCursor, model.sections, section);
-  Put(*file.entries, *file.entryCursor, model.top, entry);
-  auto id = model.sections.ids.begin();
-  for (auto& each : *file.sections) {
-    Put(each.entries, each.entryCursor, model.items[*id++].entries, entry);
-  }
-}
-
-template <class F>
-void AgreeOnEveryStep(const FileTokens& tokens, const char* text) {
-  for (const auto& step : Steps<F>()) {
-    for (int state = 0; state < 6 * 4 * 2 * 3; ++state) {
-      F file(tokens);
-      FileModel model(tokens);
-      file.Take(text);
-      ASSERT_TRUE(model.Load(text));
-      PutCursors(file, model, state % 6 - 1, state / 6 % 4 - 1);
-      file.afterDelete = model.stay = state / 24 % 2 == 1;
-      const char* const a[] = {"a", "q", ""};
-      ASSERT_NO_FATAL_FAILURE(ExpectAgreement(step, file, model, a[state / 48], "2"));
+// The model's word, said once by hand.
+TEST(FileModel, KnowsTheFormatAndEachStepOnIt) {
+  Twin<OpenConfigFile> flat(kFlat[0]);
+  EXPECT_EQ(flat.Take(" n  = v # \r\n# a=b\n # a=b=c\n =w\n=\na"), "");
+  EXPECT_EQ(flat.file.Picture(), "*n[ v #]# a[b=c][w][]; $");
+  static const struct {
+    const FileTokens& tokens;
+    const char *text, *picture;
+  } rows[] = {
+      {kSectioned[0],
+       "#m = f\nt = 3\nsection alpha {\n\nhost = a # b\n #}\nb{\nx{\n}\n}\nsubsection {\nl = }\na "
+       "= {",
+       "*t[ 3]a[ {]; *alpha{^host[ a # b]}b{^}{^}"},
+      {kSectioned[0], "section  a {\n#}\nk= \r\n}\n #section b {\n}\n", "$; * a{^k[]}b{^}"},
+      {kSectioned[1], "section x\n{\n}\n\n{\n}\nk=1 \n{\n}\n{\n}\n", "*k[1]; *x{^}{^}k=1{^}}{^}"},
+      {kSectioned[1], "{\na=1\n}\n", "$; *{^a[1]}"},
+      {kSectioned[4], "k={{\n{{=1\na {{ b\n}} \na {{ b\n}}", "*k[{{]; *{{={^}a {{{^}"},
+  };
+  for (const auto& row : rows) {
+    for (const auto& step : Steps<OpenSectionFile>()) {
+      Twin<OpenSectionFile> twin(row.tokens);
+      EXPECT_EQ(twin.Take(row.text), "");
+      EXPECT_EQ(twin.file.Picture(), row.picture);
+      Agree(step, twin, "a", "2");
     }
   }
 }
 
-TEST(FileModel, AgreesOnEveryStepFromEveryState) {
-  for (const char* text : {"", "#\n", "a=1\n", "#\na=1\n#\nq=q\n b = 6 \n"}) {
-    AgreeOnEveryStep<OpenConfigFile>(kFlat, text);
-  }
-  static const struct {
-    FileTokens tokens;
-    const char* text;
-  } rows[] = {
-      {kPreset, ""},
-      {kPreset, "a=1\n"},
-      {kPreset, "section {\n}\n"},
-      {kPreset, "#\na=1\nsection b {\na=2\nb=3\n}\nz=4\nsection a {\n#\nb=5\n}\n b = 6 \n"},
-      // Frozen: a name line that is an entry, one that is the former section's last.
-      {kTwoLines, "{\na=1\n}\nb=2\n{\n}\na\n{\nb=3\n}\n{\na=4\n}\n"},
-  };
-  for (const auto& row : rows) AgreeOnEveryStep<OpenSectionFile>(row.tokens, row.text);
-}
-
-class Random {
- public:
-  Random(unsigned seed, const FileTokens& t)
-      : generator_(seed), tokens_{{'K', t.keyword},   {'<', t.start},   {'>', t.stop},
-                                  {'=', t.separator}, {'#', t.comment}, {'/', "\n"}} {}
-
-  size_t Below(size_t end) { return generator_() % end; }
-  template <class Texts>
-  const auto& OneOf(const Texts& texts) {
-    return texts[Below(std::size(texts))];
-  }
-
-  // Up to `most` pieces: letters, white space, tokens, now and then a long run of one byte; of a
-  // file whole lines too.
-  string Pieces(size_t most, bool isFile) {
-    static const string pieces[] = {"a",
-                                    "b",
-                                    "key",
-                                    " ",
-                                    "\t",
-                                    "=",
-                                    "#",
-                                    "\v",
-                                    "v\xE4",
-                                    "a=",
-                                    "K a<",
-                                    "b<",
-                                    "<",
-                                    "a/",
-                                    ">",
-                                    ">",
-                                    " >",
-                                    "#>",
-                                    " #>",
-                                    "a= 1 /",
-                                    " b=2/",
-                                    "=v/",
-                                    "  =/",
-                                    "k=>",
-                                    "k=<",
-                                    " /",
-                                    "\r/",
-                                    "/",
-                                    "/",
-                                    string("\0", 1),
-                                    string("\0=/", 3),
-                                    string(1020, 'x') + "=>1/"};
+struct Random : std::mt19937 {
+  using std::mt19937::mt19937;
+  size_t Below(size_t end) { return (*this)() % end; }
+  const auto& OneOf(const auto& texts) { return texts[Below(std::size(texts))]; }
+  // Up to `most` pieces, now and then a long run of one byte.
+  string Pieces(size_t most, const auto& pieces, const FileTokens& tokens) {
     string text;
     for (size_t n = Below(most + 1); n > 0; --n) {
-      for (const char c : pieces[Below(isFile ? std::size(pieces) : 10)]) {
-        text += tokens_.count(c) ? tokens_.at(c) : string(1, c);
-      }
-      if (Below(40) == 0) text.append(Below(isFile ? 1500 : 60), " x"[Below(2)]);
-      if (Below(500) == 0) text.append(1000 + Below(40), " x"[Below(2)]);
+      text += Spelled(OneOf(pieces), tokens);
+      const size_t run = Below(1000);
+      if (run < 10) text.append(run == 0 ? 1000 + Below(40) : Below(60), " x"[Below(2)]);
     }
     return text;
   }
-
- private:
-  std::mt19937 generator_;
-  std::map<char, string> tokens_;
 };
 
-string WithoutCursors(string picture) {
-  const auto isMark = [](char c) { return string("*^$+").find(c) != string::npos; };
-  picture.erase(std::remove_if(picture.begin(), picture.end(), isMark), picture.end());
-  return picture;
-}
-
 template <class F>
-void AgreeOnRandomSteps(const FileTokens& tokens, bool readsBack, unsigned seed, const char* path) {
+void AgreeOnAWalk(const FileTokens& tokens, unsigned seed, string path, string other) {
+  static const char* const parts[] = {"a", "b", "key", " ", "\t", "=", "#", "\v", "v\xE4", "a="};
+  static const char* const lines[] = {
+      "a",        "b",  " ",   "=",  "#",   "\xA0",   "K a<", "b<",    "<",     "a/",
+      ">",        ">",  " >",  "#>", " #>", "a= 1 /", "=v/",  " b=2/", "  =/",  "k=>",
+      "k=<",      " /", "\r/", "/",  "/",   "0",      "0=/",  "L=>1/", "Lx==/", "\xEF\xBB\xBF#",
+      "\xFF=\x85"};
   static const string names[] = {"", "a", "b", "k", "a b", string(40, 'n')};
-  static const string values[] = {"", "1", " 2", "3", "4", string(40, 'v')};
-  Random random(seed, tokens);
-  const bool plain = random.Below(2) == 0;  // texts that read back as what they were
-  const string text = plain ? "" : random.Pieces(30, true) + tokens.stop;
-  FileModel model(tokens);
-  F file(tokens);
-  ASSERT_TRUE(file.AttachToBuffer("", path));
-  if (!model.Load(text)) {
-    EXPECT_THROW(file.Take(text), ConfigException) << text;
-    return;
-  }
-  file.Take(text);
-  ASSERT_EQ(Difference(file, model, "", ""), "") << text;
-  for (int i = 0; i < 50; ++i) {
-    const auto& step = random.OneOf(Steps<F>());
-    const bool known = plain || random.Below(2) == 0;
-    const string name = known ? random.OneOf(names) : random.Pieces(3, false);
-    const string value = known ? random.OneOf(values) : random.Pieces(6, false);
-    const bool sets = step.name.find(".set") != string::npos;
-    ASSERT_NO_FATAL_FAILURE(ExpectAgreement(step, file, model, sets ? value : name, value));
+  static const string values[] = {
+      "", "1", " 2", "3", string(40, 'v'), string(1021, 'v'), string(1022, 'v')};
+  Random random(seed);
+  const size_t most = random.Below(2) == 0 ? 30 : 3;
+  TestFiles::Write(path, random.Pieces(most, lines, tokens) + tokens.stop);
+  Twin<F> twin(tokens);
+  F& file = twin.file;
+  FileModel& model = twin.model;
+  ASSERT_TRUE(file.AttachToBuffer("", path.c_str()));
+  const auto reload = [&] { return file.Reload(), "1"; };
+  ASSERT_EQ(twin.Difference(Outcome(reload), model.Load(TestFiles::Read(path))), "");
+  const auto step = [&] {
+    const bool odd = random.Below(2) == 0;
+    const string a = odd ? random.Pieces(3, parts, tokens) : random.OneOf(names);
+    const string b = odd ? random.Pieces(6, parts, tokens) : random.OneOf(values);
+    Agree(random.OneOf(Steps<F>()), twin, a, b);
+  };
+  for (int i = 0; i < 50 && file.lines != nullptr && !testing::Test::HasFailure(); ++i) {
+    step();
     if (random.Below(30) != 0) continue;
-    const string image = model.Image(), picture = file.Picture();
+    const string image = model.Image();
     std::filesystem::remove(path);  // or the save would wait for the disk
     ASSERT_TRUE(file.Save(random.Below(2) == 0, nullptr));
     ASSERT_EQ(TestFiles::Read(path), image);
-    if (random.Below(3) == 0) {
-      ASSERT_EQ(Attach(file, model, image, path), "") << image;
-      if (file.lines == nullptr) return;
-    }
-    if (!model.Load(image)) {
-      ASSERT_FALSE(plain && readsBack) << image;
-      EXPECT_THROW(file.Reload(), ConfigException);
-      return;
-    }
-    file.Reload();
-    ASSERT_EQ(Difference(file, model, "", ""), "") << image;
-    if (plain && readsBack) {
-      ASSERT_EQ(WithoutCursors(file.Picture()), WithoutCursors(picture));
-    }
+    const bool attaches = random.Below(3) == 0;
+    const auto attach = [&] { return Told(file.AttachToBuffer(image.c_str(), other.c_str())); };
+    string result;
+    FailEachAllocation(
+        [&] {
+          if (file.lines != nullptr) result = attaches ? Outcome(attach) : Outcome(reload);
+        },
+        [&] {
+          if (file.lines == nullptr) return;  // it was only the message that found no memory
+          ASSERT_EQ(file.path, path);
+          ASSERT_EQ(twin.Difference("", ""), "");
+          step();  // on what has been put back
+        });
+    const string expected = attaches ? model.Attach(image.c_str()) : model.Load(image);
+    ASSERT_EQ(twin.Difference(result, expected), "") << image;
+    if (attaches) std::swap(path, other);
   }
 }
 
 TEST(FileModel, AgreesOnRandomOperations) {
-  static const FileTokens flat[] = {kFlat,
-                                    {"", "", "", ":=", "#", "\t"},
-                                    {"", "", "", " = ", "//", "  "},
-                                    {"", "", "", "\t", "#", ""},
-                                    {"", "", "", "=", "//", "a="},
-                                    {"", "", "", "=", "", "#"},
-                                    {"", "", "", "==", "#", " = "},
-                                    {"", "", "", "", "#", ""}};
-  static const struct {
-    FileTokens tokens;
-    bool readsBack;  // what it composes
-  } sectioned[] = {
-      {kPreset, true},
-      {kTwoLines, true},
-      {{"", "\nBEGIN\n", "END\n", ":=", "//", "\t"}, true},
-      {{"", " <\n", "\n>\n", "::", "#", "\t"}, true},
-      {{"section", "{{", "}}", "=", "#", ""}, false},
-      {{"s", "\n{", "\n}", "==", ";;", ""}, false},
-      {{"", " {\n", "}\n", " ", "#", "\t"}, false},  // a separator in the start token
-  };
   const char* given = std::getenv("ZELCONFUTILS_TEST_SEED");
-  unsigned seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
-                                   : std::random_device()();
-  std::cout << "ZELCONFUTILS_TEST_SEED=" << seed << "\n";
-  TestFiles::TemporaryDirectory directory;
-  const string path = directory.Path("file");
-  for (int round = 0; round < 100 && !HasFatalFailure(); ++round) {
+  unsigned seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : 1;
+  const TestFiles::TemporaryDirectory directory;
+  const string path = directory.Path("file"), other = directory.Path("other");
+  long blocks = 0;
+  for (int round = 0; round < 100 && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
-    for (const FileTokens& tokens : flat) {
-      AgreeOnRandomSteps<OpenConfigFile>(tokens, false, ++seed, path.c_str());
-    }
-    for (const auto& [tokens, readsBack] : sectioned) {
-      AgreeOnRandomSteps<OpenSectionFile>(tokens, readsBack, ++seed, path.c_str());
-    }
+    if (round == 1) blocks = FailingNew::LiveBlocks();
+    for (const auto& tokens : kFlat) AgreeOnAWalk<OpenConfigFile>(tokens, ++seed, path, other);
+    for (const auto& tokens : kSectioned)
+      AgreeOnAWalk<OpenSectionFile>(tokens, ++seed, path, other);
   }
+  EXPECT_TRUE(HasFailure() || FailingNew::LiveBlocks() == blocks);
 }
 
 }  // namespace

@@ -4,29 +4,11 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 
+#include "ConfigException.h"
 #include "ConfigFile.h"
 #include "config/ConfigEntry.h"
 #include "config/ConfigLineList.h"
-
-/// What is broken in a file image and one index of it, or an empty text.
-inline std::string Fault(const Configuration::ConfigLineList& lines,
-                         const Configuration::ConfigEntryList& entries) {
-  std::size_t total = 0;
-  auto entry = entries.begin();
-  for (const Configuration::ConfigLine& line : lines.Lines()) {
-    total += line.length;
-    if (line.length > line.capacity || line.text[line.length] != '\0') return "a line's end";
-    if (!(entry != entries.end()) || &*(*entry).line != &line) continue;
-    const auto& [key, keyLength, value, valueLength, position] = *entry;
-    if (key < line.text || key + keyLength > value) return "a key's view";
-    if (value + valueLength > line.text + line.length) return "a value's view";
-    ++entry;
-  }
-  if (entry != entries.end()) return "an entry without its line, or out of order";
-  return total == lines.totalLength ? "" : "totalLength";
-}
 
 struct FileTokens {
   const char *keyword, *start, *stop, *separator, *comment, *prefix;
@@ -34,18 +16,39 @@ struct FileTokens {
 
 inline std::string Told(bool result) { return result ? "1" : "0"; }
 inline std::string Told(std::size_t n) { return n == 4294967295 ? "!" : std::to_string(n); }
+inline std::string Told(const std::string& what) { return what; }
 
-/// `a[1]*b[2]`: the mark `*` is in front of the entry that the cursor is at, `^` of a list whose
+/// What a call says, or the message of what it throws.
+template <class Call>
+std::string Outcome(Call call) {
+  try {
+    return call();
+  } catch (const ConfigException& failure) {
+    return failure.what();
+  }
+}
+
+/// `a[1]*b[2]`: the mark `*` is in front of the element that the cursor is at, `^` of a list whose
 /// cursor is unset, `$` behind one at end.
-inline std::string Listed(const Configuration::ConfigEntryList& list,
-                          const Configuration::ConfigEntryPosition& cursor, bool capacities) {
+template <class List, class Show>
+std::string Listed(const List& list, const typename List::Position& cursor, Show show) {
   std::string listed = cursor.IsUnset() ? "^" : "";
-  for (const auto& entry : list) {
-    if (cursor.IsAtElement() && &*cursor == &entry) listed += "*";
-    listed.append(entry.Name()).append("[").append(entry.Value()).append("]");
-    if (capacities) listed += std::to_string(entry.line->capacity);
+  for (const auto& element : list) {
+    if (cursor.IsAtElement() && &*cursor == &element) listed += "*";
+    listed.append(element.Name()) += show(element);
   }
   return listed + (cursor.IsEnd() ? "$" : "");
+}
+
+/// Entries; a `?` tells of a view that leaves its line.
+inline std::string Listed(const Configuration::ConfigEntryList& list,
+                          const Configuration::ConfigEntryPosition& cursor) {
+  return Listed(list, cursor, [](const Configuration::ConfigEntry& e) {
+    const char* const end = e.line->text + e.line->length;
+    const bool stray =
+        e.key < e.line->text || e.key + e.keyLength > e.value || e.value + e.valueLength > end;
+    return std::string("[").append(e.Value()) + (stray ? "?" : "]");
+  });
 }
 
 /// A file that tests may look into.
@@ -59,18 +62,6 @@ class OpenFile : public Base {
   using Base::Load;
   using Base::path;
 
-  /// Puts the bytes in place of the content, cut into lines as a file is.
-  void Take(std::string_view bytes) {
-    this->ClearAll();
-    while (!bytes.empty()) {
-      const std::size_t end = bytes.substr(0, 1023).find('\n');
-      const std::string_view line = bytes.substr(0, end == bytes.npos ? 1023 : end + 1);
-      lines->AddLine(line, true);
-      bytes.remove_prefix(line.size());
-    }
-    Load();
-  }
-
   /// The image, by way of a buffer that just fits; one byte less must be refused.
   std::string Image() {
     std::string image(lines->totalLength + 1, '?');
@@ -81,20 +72,53 @@ class OpenFile : public Base {
     return image;
   }
 
+  /// The longest text that each line's block holds; a `?` tells of a text without its end.
+  std::string Capacities() const {
+    std::string all;
+    for (const auto& line : lines->Lines()) {
+      all += std::to_string(line.capacity) + (line.text[line.length] == '\0' ? " " : "?");
+    }
+    return all;
+  }
+
   // Reads: the result and what the buffers hold.
   template <class F>
   std::string Get(std::size_t (F::*get)(const char*, char*, std::size_t), const char* key) {
-    char value[4096] = "?";
-    const std::string result = Told((static_cast<F&>(*this).*get)(key, value, sizeof value));
-    return result + value;
+    F& file = static_cast<F&>(*this);
+    return Copied([&](char* to, std::size_t size) { return (file.*get)(key, to, size); });
   }
   template <class F>
-  std::string Read(std::size_t (F::*read)(char*, std::size_t, char*, std::size_t)) {
-    char key[4096] = "", value[4096] = "";
-    const std::string result =
-        Told((static_cast<F&>(*this).*read)(key, sizeof key, value, sizeof value));
-    return result + key + "," + value;
+  std::string Read(std::size_t (F::*get)(char*, std::size_t, char*, std::size_t)) {
+    F& file = static_cast<F&>(*this);
+    const auto read = [&](auto... arguments) { return (file.*get)(arguments...); };
+    char key[kRoom] = "", value[kRoom] = "";
+    std::string told = Told(read(key, kRoom, value, kRoom));
+    told += Copied([&](char* to, std::size_t size) { return read(to, size, nullptr, 0u); }) + ",";
+    told += Copied([&](char* to, std::size_t size) { return read(nullptr, 0u, to, size); }) + ",";
+    key[0] = value[0] = '~';
+    key[1] = value[1] = '\0';
+    told += Told(read(key, 0u, value, kRoom)) + value;
+    return told + Told(read(key, kRoom, value, 0u)) + key;
   }
+
+ protected:
+  /// What `copy` says and writes when there is more room than needed; just enough must do as well,
+  /// and one byte less be refused.
+  template <class Copy>
+  static std::string Copied(Copy copy) {
+    std::string all(kRoom, '~');
+    const std::size_t n = copy(all.data(), kRoom);
+    if (all == std::string(kRoom, '~')) return Told(n) + " untouched";
+    if (all == std::string(kRoom, '\0')) return Told(n) + "zeros";
+    std::string fits(n + 1, '~'), less(n, '~');
+    const bool whole =
+        copy(fits.data(), n + 1) == n && all == fits + std::string(kRoom - n - 1, '~');
+    const bool none = Told(copy(less.data(), n)) == "!" && less == std::string(n, '\0');
+    return Told(n) + (whole && none && fits[n] == '\0' ? fits.substr(0, n) : " torn");
+  }
+
+ private:
+  static constexpr std::size_t kRoom = 4096;
 };
 
 class OpenConfigFile : public OpenFile<Configuration::ConfigFile> {
@@ -102,18 +126,16 @@ class OpenConfigFile : public OpenFile<Configuration::ConfigFile> {
   using ConfigFile::cursor;
   using OpenFile::OpenFile;
 
-  /// Reads a file, "=" and "#" its tokens unless others are given.
-  explicit OpenConfigFile(const std::string& filePath, const char* separatorToken = "=",
-                          const char* commentToken = "#", const char* prefix = nullptr)
-      : OpenFile(filePath.c_str(), false, false, false, separatorToken, commentToken, prefix) {}
-  explicit OpenConfigFile(const FileTokens& with, const char* filePath = nullptr)
-      : OpenFile(filePath, false, false, false, with.separator, with.comment, with.prefix) {}
+  explicit OpenConfigFile(const std::string& filePath)
+      : OpenFile(filePath.c_str(), false, false, false, "=", "#", nullptr) {}
+  explicit OpenConfigFile(const FileTokens& with, const char* source = nullptr, bool create = false,
+                          bool reads = false, bool isText = false)
+      : OpenFile(source, create, reads, isText, with.separator, with.comment, with.prefix) {}
 
   /// As that of a sectioned file without sections.
-  std::string Picture(bool capacities = false) const {
-    return Listed(*entries, *cursor, capacities) + "; $" + (afterDelete ? "+" : "");
+  std::string Picture() const {
+    return Listed(*entries, *cursor) + "; $" + (afterDelete ? "+" : "");
   }
-  std::string Fault() const { return ::Fault(*lines, *entries); }
 };
 
 #endif

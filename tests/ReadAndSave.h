@@ -4,27 +4,19 @@
 
 #include <string>
 
-#include "ConfigException.h"
 #include "OpenConfigFile.h"
 
 /// What a read of the file at `path` says: its image, or its message.
 inline std::string Reading(const std::string& path, bool readOnly) {
-  try {
-    return OpenConfigFile(path.c_str(), false, readOnly, false, "=", "#", "").Image();
-  } catch (const ConfigException& failure) {
-    return failure.what();
-  }
+  return Outcome(
+      [&] { return OpenConfigFile(path.c_str(), false, readOnly, false, "=", "#", "").Image(); });
 }
 
 /// What a save of `text` to `path` says.
 inline std::string Saving(const std::string& path, bool coalesced, const std::string& text) {
   OpenConfigFile file(nullptr, false, false, false, "=", "#", "");
   file.AttachToBuffer(text.c_str(), path.c_str());
-  try {
-    return file.Save(coalesced, nullptr) ? "saved" : "not saved";
-  } catch (const ConfigException& failure) {
-    return failure.what();
-  }
+  return Outcome([&] { return file.Save(coalesced, nullptr) ? "saved" : "not saved"; });
 }
 
 #endif
