@@ -2,111 +2,88 @@
 #ifndef ZELCONFUTILS_TESTS_CSV_TWIN_H
 #define ZELCONFUTILS_TESTS_CSV_TWIN_H
 
-#include <cstring>
+#include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "CsvDocument.h"
 #include "TestFiles.h"
-#include "csv/CsvRecordReader.h"
 
-/// The reader once more, byte by byte over a text in memory.
+/// The reader once more, byte by byte over a text in memory, which its copies share.
 struct CsvTwin {
   using Fields = std::vector<std::string>;
+  struct Source {
+    std::string bytes;
+    std::size_t at = 0;
+  };
 
-  std::string bytes;
+  std::shared_ptr<Source> source;
   char delimiter = ',', token = '\0';
-  std::size_t at = 0;
   unsigned rowCount = 0;
-  bool present = true;
+  bool present = false;
 
-  explicit CsvTwin(const std::string& file) {
+  void Load(const std::string& file) {
+    source = std::make_shared<Source>();
     for (std::size_t i = 0; i < file.size(); ++i) {
-      if (file.compare(i, 2, "\r\n") != 0) bytes += file[i];
+      if (file.compare(i, 2, "\r\n") != 0) source->bytes += file[i];
     }
-  }
-
-  std::string Record() {
-    const std::size_t start = at;
-    while (at < bytes.size() && bytes[at] != '\r' && bytes[at] != '\n') ++at;
-    if (at < bytes.size()) ++at;
-    present = present && at < bytes.size();
-    return bytes.substr(start, at - start);
+    present = true;
   }
 
   Fields Row() {
-    Fields row;
-    std::string field;
-    for (const char c : Record() + '\0') {
-      if (c != delimiter && std::strchr("\r\n", c) == nullptr) {  // which finds NUL too
-        field += c;
-        continue;
-      }
+    Fields row(1);
+    bool behindNul = false;
+    while (source->at < source->bytes.size()) {
+      const char c = source->bytes[source->at++];
+      if (c == '\r' || c == '\n') break;
+      behindNul = behindNul || c == '\0';
+      if (behindNul) continue;
+      c == delimiter ? row.emplace_back() : row.back() += c;
+    }
+    for (std::string& field : row) {
       if (!field.empty() && field.front() == token) field.erase(0, 1);
       if (!field.empty() && field.back() == token) field.pop_back();
-      while (!field.empty() && field.front() == ' ') field.erase(0, 1);
-      while (!field.empty() && field.back() == ' ') field.pop_back();
-      row.push_back(std::exchange(field, ""));
-      if (c != delimiter) break;
+      field.erase(0, field.find_first_not_of(' '));
+      field.erase(field.find_last_not_of(' ') + 1);
     }
     return row;
   }
 
-  /// One step of both, compared in all that a caller can see. False once both are at the end;
-  /// throws where they differ.
-  bool NextRow(CsvDocument& document, CsvDocumentRow& row) {
-    const bool given = at < bytes.size();
-    const Fields expected = given ? Row() : Fields();
-    rowCount += given ? 1 : 0;
-    present = present && given;
-    Require(document.GetRow(row) == given, "result");
-    Require(FieldsOf(row) == expected, "fields");
-    Require(document.IsCsvRecordPresence() == present, "record presence");
-    Require(document.GetRowCount() == rowCount, "row count");
-    return given;
+  /// The same step as the document, whose `GetRow` returned `given`; compared in all that a caller
+  /// can see. False once both are at the end; throws where they differ.
+  bool Follow(bool given, const CsvDocument& document, const CsvDocumentRow& row) {
+    const bool any = source != nullptr && source->at < source->bytes.size();
+    const Fields expected = any ? Row() : Fields();
+    rowCount += any ? 1 : 0;
+    present = present && any && source->at < source->bytes.size();
+    Fields fields;
+    for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) fields.push_back(row.GetField(i));
+    if (given != any || fields != expected || document.GetRowCount() != rowCount ||
+        document.IsCsvRecordPresence() != present) {
+      throw std::logic_error("differs before the end of: " +
+                             (any ? source->bytes.substr(0, source->at) : ""));
+    }
+    return any;
   }
 
-  /// Reads a file that holds `text` as a document, and once more as records by way of blocks of
-  /// several sizes. Throws where they differ from the twin.
+  /// Reads a file that holds `text` to its end and once more. Throws where the twin differs.
   static void Check(const std::string& path, const std::string& text, CsvFieldDelimiter kind,
                     char token) {
     TestFiles::Write(path, text, std::ios::binary);
-    CsvTwin twin(text);
+    CsvTwin twin;
     CsvDocument document;
     CsvDocumentRow row;  // one for all: what it held before must not show
+    twin.Load(text);
     document.SetFieldDelimiter(kind);
     document.SetFieldSpecialToken(twin.token = token);
     twin.delimiter = ",;\t"[kind];
-    twin.Require(document.Load(path.c_str()) && document.IsCsvRecordPresence(), "Load");
-    while (twin.NextRow(document, row)) {
+    if (!document.Load(path.c_str()) || !document.IsCsvRecordPresence()) {
+      throw std::logic_error("not loaded: " + text);
     }
-    twin.NextRow(document, row);  // the end again
-    for (const std::size_t blockBytes : {1u, 2u, 3u, 64u}) {
-      CsvRecordReader reader(blockBytes);
-      twin.Require(reader.Open(path.c_str()) != nullptr, "Open");
-      twin.at = 0;
-      for (std::string record = "more"; !record.empty();) {
-        record = twin.Record();
-        twin.Require(reader.ReadRecord() == (record.find_first_of("\r\n") != record.npos), "line");
-        twin.Require(reader.Record() == record, "record");
-        twin.Require(reader.AtEnd() == (twin.at == twin.bytes.size()), "end");
-      }
+    while (twin.Follow(document.GetRow(row), document, row)) {
     }
-  }
-
-  static Fields FieldsOf(const CsvDocumentRow& row) {
-    Fields fields;
-    for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) fields.push_back(row.GetField(i));
-    return fields;
-  }
-
- private:
-  void Require(bool holds, const char* what) const {
-    if (holds) return;
-    const std::size_t from = at < 40 ? 0 : at - 40;
-    throw std::logic_error(what + (" differs before the end of: " + bytes.substr(from, at - from)));
+    twin.Follow(document.GetRow(row), document, row);
   }
 };
 

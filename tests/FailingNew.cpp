@@ -49,6 +49,9 @@ int ForEachAllocation(const std::function<std::function<void()>()>& setUp,
       operation();
     } catch (const std::bad_alloc&) {
       failed = true;
+    } catch (...) {
+      untilFailure = kNever;
+      throw;
     }
     // An operation may also handle the failure itself; then it is still a failure that came.
     const bool came = untilFailure == kNever;

@@ -1,43 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Writes that fail in the middle, as only POSIX and the GNU runtime can make them: RLIMIT_FSIZE
-// and fopencookie.
+// Writes that fail in the middle, as only the GNU runtime can make them.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <string>
 
-#include "ReadAndSave.h"
-#include "TestFiles.h"
+#include "config/ConfigLineList.h"
 
 namespace {
-
-TEST(RefusedWrite, OfTheFirstByteTooMany) {
-  const TestFiles::TemporaryDirectory directory;
-  const std::string path = directory.Path("file");
-  std::string text;
-  while (text.size() < 100000) text += "key=value\n";
-  for (const bool coalesced : {false, true}) {
-    const pid_t child = fork();
-    if (child == 0) {
-      const rlimit limit = {100000, 100000};
-      std::signal(SIGXFSZ, SIG_IGN);
-      setrlimit(RLIMIT_FSIZE, &limit);
-      EXPECT_EQ(Saving(path, coalesced, text), "saved");
-      EXPECT_EQ(Saving(path, coalesced, text + "\n"),
-                "Error saving file \"" + path + "\" : file is too big.");
-      _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
-}
 
 // The writer of a stream that takes 20000 bytes and then refuses one write, the first or a later
 // one, and takes all others.

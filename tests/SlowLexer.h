@@ -3,8 +3,8 @@
 #define ZELCONFUTILS_TESTS_SLOW_LEXER_H
 
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -12,92 +12,85 @@
 
 #include "ZelLex.h"
 
-/// A caller's own source: hands out any lines, notes each question, and throws once where told.
+/// The lexer once more, over a whole text, and a check of the lexer against it.
+namespace SlowLexer {
+
+/// A caller's own source: hands out any lines, may fail once for each, and sees to it that it is
+/// asked as promised.
 struct ListSource : StreamIterator {
-  explicit ListSource(std::vector<std::string> given) : lines(std::move(given)) {}
-  bool HasMoreLines() override { return log += '?', next < lines.size(); }
+  ListSource(const std::vector<std::string>& given, bool fails) : lines(given), failsOnce(fails) {}
+  bool HasMoreLines() override {
+    if (over) throw std::logic_error("asked behind an empty line");
+    return asked = next < lines.size();
+  }
   std::string GetLine() override {
-    log += '!';
-    if (next != throwAt) return lines[next++];
-    throwAt = SIZE_MAX;
-    throw std::runtime_error("line");
+    if (!std::exchange(asked, false)) throw std::logic_error("a line that was not asked for");
+    if (failsOnce && (failed = !failed)) throw std::runtime_error("line");
+    std::string line = lines[next];
+    ++next;  // behind the copy, which may throw
+    over = line.empty();
+    return line;
   }
 
-  std::vector<std::string> lines;
-  std::string log;
-  std::size_t next = 0, throwAt = SIZE_MAX;
+  const std::vector<std::string>& lines;
+  std::size_t next = 0;
+  bool failsOnce, failed = false, asked = false, over = false;
 };
 
-/// The lexer once more, one byte at a time.
-class SlowLexer {
- public:
-  SlowLexer(StreamIterator* from, bool ignore) : source(from), ignoreWhiteSpaces(ignore) {}
+inline int KindOf(char c) {
+  if (std::strchr("!%^&*()-+={}|~[]\\;':\\\"<>?,./#_", c) != nullptr) return 1;
+  if (c == 10) return 5;
+  if (c == 32 || c == 9 || c == 11) return 4;
+  return (c | 32) >= 'a' && (c | 32) <= 'z' ? 2 : c >= '0' && c <= '9' ? 3 : 0;
+}
 
-  /// The next token as kind, length and text: a text may hold any byte.
-  std::string GetToken() {
-    Get();
-    if (atEnd) return "end";
-    const int kind = KindOf(current);
-    std::string text(1, current);
-    if (kind != 2 && kind != 3 && (kind != 4 || !ignoreWhiteSpaces)) return Show(kind, text);
-    for (Get(); KindOf(current) == kind; Get()) text += current;
-    if (--position < line.size()) current = line[position];  // else an empty line was the end
-    return kind == 4 ? Show(0, "") : Show(kind, text);
+/// Each token as its kind and its text, and at the end what the record shows then, several times.
+inline std::vector<std::string> Tokens(const std::vector<std::string>& lines, bool ignore) {
+  std::string text;
+  for (std::size_t i = 0; i < lines.size() && !lines[i].empty(); ++i) text += lines[i];
+  std::vector<std::string> tokens;
+  for (std::size_t at = 0, end = 0; at < text.size(); at = end) {
+    const int kind = KindOf(text[at]);
+    const bool isRun = kind == 2 || kind == 3 || (kind == 4 && ignore);
+    for (end = at + 1; isRun && end < text.size() && KindOf(text[end]) == kind;) ++end;
+    const bool shows = kind != 4 || !ignore;
+    tokens.push_back(std::to_string(shows ? kind : 0).append(text, at, shows ? end - at : 0));
+    if (text[isRun ? end : at] == '\xFF') break;
   }
-  static std::string GetToken(ZelLex& lexer) {
-    const ZelLexToken* token = lexer.GetToken();
-    return token == nullptr ? "end" : Show(token->kind, token->text);
-  }
+  tokens.insert(tokens.end(), 4, "end0");
+  return tokens;
+}
 
-  /// Lexes the lines, and all of them as one buffer. Throws where the lexer differs in a token or
-  /// in what it asks its source.
-  static void Check(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) text += line;
-    for (const bool ignore : {false, true}) {
-      ListSource list(lines), slowList(lines);
-      BufferIterator buffer(text.c_str()), slowBuffer(text.c_str());
-      ZelLex ofList(&list, ignore), ofBuffer(&buffer, ignore);
-      SlowLexer slowOfList(&slowList, ignore), slowOfBuffer(&slowBuffer, ignore);
-      for (int ends = 0; ends < 3;) {
-        const std::string token = slowOfList.GetToken(), bufferToken = slowOfBuffer.GetToken();
-        ZelLex copy(ofList);  // shares the source; the state comes back with the assignment
-        if (GetToken(copy) != token || GetToken(ofBuffer) != bufferToken ||
-            list.log != slowList.log) {
-          throw std::logic_error("differs at " + token + bufferToken +
-                                 " of: " + text.substr(0, 100));
-        }
-        ofList = copy;
-        ends += token == "end" && bufferToken == "end";
+/// Throws where the lexer differs, of which each call goes to a copy. `run` runs a step, before
+/// that perhaps with an allocation that fails.
+inline void Check(
+    const std::vector<std::string>& lines,
+    const std::function<void(const std::function<void()>&)>& run = [](const auto& f) { f(); }) {
+  for (const int mode : {0, 1, 2, 3}) {
+    ListSource source(lines, mode / 2 != 0);
+    ZelLex lexers[] = {{&source, mode % 2 != 0}, {nullptr, mode % 2 == 0}};
+    const ZelLexToken none, *records[] = {&none, &none}, *token = nullptr;
+    const std::vector<std::string> tokens = Tokens(lines, mode % 2 != 0);
+    for (std::size_t i = 0; i < tokens.size();) {
+      ZelLex& lexer = lexers[i % 2];
+      try {
+        run([&] { token = lexer.GetToken(); });
+      } catch (const std::runtime_error&) {
+        continue;
       }
+      const ZelLexToken*& record = records[i % 2];
+      const bool moved = token != nullptr && record != &none && token != record;
+      if (token != nullptr) record = token;
+      const std::string end = token == nullptr ? "end" : "";
+      if (moved || end + std::to_string(record->kind) + record->text != tokens[i]) {
+        throw std::logic_error("differs at " + tokens[i]);
+      }
+      ++i;
+      run([&] { lexers[i % 2] = ZelLex(lexer); });
     }
   }
+}
 
- private:
-  static std::string Show(int kind, const std::string& text) {
-    return std::to_string(kind) + ':' + std::to_string(text.size()) + text + ' ';
-  }
-  static int KindOf(signed char c) {
-    if (std::strchr("!%^&*()-+={}|~[]\\;':\\\"<>?,./#_", c) != nullptr) return 1;
-    if (c == 10) return 5;
-    if (c == 32 || c == 9 || c == 11) return 4;
-    return (c | 32) >= 'a' && (c | 32) <= 'z' ? 2 : c >= '0' && c <= '9' ? 3 : 0;
-  }
-  void Get() {
-    if (current != -1 && position == line.size()) {
-      const bool more = source->HasMoreLines() && !(line = source->GetLine()).empty();
-      if (more) position = 0;
-      if (!more) current = -1;
-    }
-    atEnd = atEnd || current == -1;
-    if (current != -1) current = line[position++];
-  }
-
-  StreamIterator* source;
-  bool ignoreWhiteSpaces, atEnd = false;
-  std::string line;
-  std::size_t position = 0;
-  signed char current = 0;
-};
+}  // namespace SlowLexer
 
 #endif

@@ -23,41 +23,9 @@ extern const bool kHasDrives;
 /// Files that this process has open.
 int OpenFiles();
 
-/// Keeps a file from being opened: by anyone, or for writing only. This process may open nothing
-/// else of its own in the meantime.
-class Refusal {
- public:
-  Refusal(const std::string& path, bool forReadingToo);
-  Refusal(const Refusal&) = delete;
-  Refusal& operator=(const Refusal&) = delete;
-  ~Refusal();
-
- private:
-  [[maybe_unused]] void* file_ = nullptr;  // of the system that needs one
-};
-
-/// A lock as other programs take it: it lasts until the process ends.
-struct ForeignLock {
-  const char* name;
-  bool (*take)(const char* path);
-};
-const std::vector<ForeignLock>& ForeignLocks();
-
-/// This test program once more, with other arguments, in a process that ends with the object.
-class Process {
- public:
-  explicit Process(const std::vector<std::string>& arguments);
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
-  ~Process();
-
-  /// Waits for its end. Whether it ended with 0.
-  bool Succeeds();
-  void Kill();
-
- private:
-  void* process_ = nullptr;
-};
+/// Locks as other programs take them, on the file at `path`: they last until the process ends.
+using TakeLock = bool (*)(const char* path);
+std::vector<TakeLock> ForeignLocks();
 
 }  // namespace TestSystem
 
