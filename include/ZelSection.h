@@ -51,9 +51,13 @@ class ZELCONFUTILS_API ZelSectionEntry {
   /// (in values and comments as in keys). Null does not match an empty text. Never throws.
   bool operator==(const ZelSectionEntry& other);
 
-  /// The same. C++20 also tries a comparison with its sides swapped; without this overload
+  /// The same. C++20 also tries a comparison with its sides swapped; without these overloads
   /// neither order would win for two entries that are not const.
   bool operator==(ZelSectionEntry& other) {
+    return *this == static_cast<const ZelSectionEntry&>(other);
+  }
+  /// The same, for a temporary.
+  bool operator==(ZelSectionEntry&& other) {
     return *this == static_cast<const ZelSectionEntry&>(other);
   }
 
@@ -144,8 +148,10 @@ class ZELCONFUTILS_API ZelSection {
   /// included. Never throws.
   bool operator==(const ZelSection& other);
 
-  /// The same; see the twin in `ZelSectionEntry`.
+  /// The same; see the overloads in `ZelSectionEntry`.
   bool operator==(ZelSection& other) { return *this == static_cast<const ZelSection&>(other); }
+  /// The same, for a temporary.
+  bool operator==(ZelSection&& other) { return *this == static_cast<const ZelSection&>(other); }
 
   /// Takes the name of `other`, if it has one, and appends copies of its entries. The entries of
   /// this section stay in front of them: call `ClearEntryList` first to replace them. Assigning
