@@ -8,9 +8,11 @@
 #include <vector>
 
 #include "CsvDocument.h"
-#include "TestFiles.h"
+#include "FailingNew.h"
 
-/// The reader once more, byte by byte over a text in memory, which its copies share.
+/// A document, and beside it the reader once more: byte by byte over a text in memory, which its
+/// copies share. Each call is made with each of its allocations failing once; where the two differ
+/// in anything that a caller can see, it throws.
 struct CsvTwin {
   using Fields = std::vector<std::string>;
   struct Source {
@@ -18,19 +20,61 @@ struct CsvTwin {
     std::size_t at = 0;
   };
 
+  CsvDocument document;
   std::shared_ptr<Source> source;
   char delimiter = ',', token = '\0';
   unsigned rowCount = 0;
   bool present = false;
 
-  void Load(const std::string& file) {
+  void Set(CsvFieldDelimiter kind, char newToken) {
+    document.SetFieldDelimiter(kind);
+    document.SetFieldSpecialToken(token = newToken);
+    if (kind <= TabDelimiter) delimiter = ",;\t"[kind];
+  }
+
+  /// `bytes` is what the file holds, null when it cannot be opened.
+  void Load(const char* path, const std::string* bytes) {
+    bool loaded = false;
+    FailingNew::ForEachAllocation([&] { loaded = document.Load(path); }, [](bool) {});
+    Require(loaded == (bytes != nullptr), "load");
+    source.reset();
+    if (bytes == nullptr) return;
     source = std::make_shared<Source>();
-    for (std::size_t i = 0; i < file.size(); ++i) {
-      if (file.compare(i, 2, "\r\n") != 0) source->bytes += file[i];
+    for (std::size_t i = 0; i < bytes->size(); ++i) {
+      if (bytes->compare(i, 2, "\r\n") != 0) source->bytes += (*bytes)[i];
     }
     present = true;
   }
 
+  void CopyFrom(const CsvTwin& other, bool byWayOfAnother) {
+    const auto copy = [&] {
+      byWayOfAnother ? document = CsvDocument(other.document) : document = other.document;
+    };
+    FailingNew::ForEachAllocation(copy, [](bool) {});
+    *this = other;
+  }
+
+  bool GetRow(CsvDocumentRow& row) {
+    const bool any = source != nullptr && source->at < source->bytes.size();
+    bool given = false;
+    FailingNew::ForEachAllocation([&] { given = document.GetRow(row); },
+                                  [&](bool failed) {
+                                    Require(!failed || row.GetFieldsCount() == 0, "failed row");
+                                    Require(!failed || document.IsCsvRecordPresence() == present,
+                                            "presence");
+                                  });
+    const Fields expected = any ? Row() : Fields();
+    Fields fields;
+    for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) fields.push_back(row.GetField(i));
+    rowCount += any ? 1 : 0;
+    present = present && any && source->at < source->bytes.size();
+    Require(given == any && fields == expected && document.GetRowCount() == rowCount &&
+                document.IsCsvRecordPresence() == present,
+            any ? source->bytes.substr(0, source->at) : "end");
+    return any;
+  }
+
+ private:
   Fields Row() {
     Fields row(1);
     bool behindNul = false;
@@ -49,41 +93,8 @@ struct CsvTwin {
     }
     return row;
   }
-
-  /// The same step as the document, whose `GetRow` returned `given`; compared in all that a caller
-  /// can see. False once both are at the end; throws where they differ.
-  bool Follow(bool given, const CsvDocument& document, const CsvDocumentRow& row) {
-    const bool any = source != nullptr && source->at < source->bytes.size();
-    const Fields expected = any ? Row() : Fields();
-    rowCount += any ? 1 : 0;
-    present = present && any && source->at < source->bytes.size();
-    Fields fields;
-    for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) fields.push_back(row.GetField(i));
-    if (given != any || fields != expected || document.GetRowCount() != rowCount ||
-        document.IsCsvRecordPresence() != present) {
-      throw std::logic_error("differs before the end of: " +
-                             (any ? source->bytes.substr(0, source->at) : ""));
-    }
-    return any;
-  }
-
-  /// Reads a file that holds `text` to its end and once more. Throws where the twin differs.
-  static void Check(const std::string& path, const std::string& text, CsvFieldDelimiter kind,
-                    char token) {
-    TestFiles::Write(path, text, std::ios::binary);
-    CsvTwin twin;
-    CsvDocument document;
-    CsvDocumentRow row;  // one for all: what it held before must not show
-    twin.Load(text);
-    document.SetFieldDelimiter(kind);
-    document.SetFieldSpecialToken(twin.token = token);
-    twin.delimiter = ",;\t"[kind];
-    if (!document.Load(path.c_str()) || !document.IsCsvRecordPresence()) {
-      throw std::logic_error("not loaded: " + text);
-    }
-    while (twin.Follow(document.GetRow(row), document, row)) {
-    }
-    twin.Follow(document.GetRow(row), document, row);
+  static void Require(bool holds, const std::string& what) {
+    if (!holds) throw std::logic_error("differs: " + what);
   }
 };
 

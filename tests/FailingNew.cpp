@@ -39,10 +39,9 @@ namespace FailingNew {
 
 long LiveBlocks() { return liveBlocks; }
 
-int ForEachAllocation(const std::function<std::function<void()>()>& setUp,
+int ForEachAllocation(const std::function<void()>& operation,
                       const std::function<void(bool failed)>& check) {
-  for (long nth = 0;; ++nth) {
-    const std::function<void()> operation = setUp();
+  for (int nth = 0;; ++nth) {
     bool failed = false;
     untilFailure = nth;
     try {
@@ -57,7 +56,7 @@ int ForEachAllocation(const std::function<std::function<void()>()>& setUp,
     const bool came = untilFailure == kNever;
     untilFailure = kNever;
     check(failed);
-    if (!came) return static_cast<int>(nth);
+    if (!came) return nth;
   }
 }
 

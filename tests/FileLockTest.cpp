@@ -1,128 +1,99 @@
 // SPDX-License-Identifier: MIT
-// What another process, a full disk or a closed file do to a read and a save.
+// What another program's lock, a full disk or a file that may not be written do to a read and a
+// save.
 #include "config/FileLock.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "ReadAndSave.h"
+#include "OpenFiles.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
 #include "platform/Platform.h"
 
 namespace {
 
-bool OurLock(const char* path, const char* mode) {
-  static Configuration::FileLock lock;  // for the rest of the process
-  return lock.Acquire(std::fopen(path, mode));
+constexpr FileTokens kTokens = {"", "", "", "=", "#", ""};
+
+/// What a read of the file at `path` says: its image, or its message.
+std::string Reading(const std::string& path, bool readOnly) {
+  return Outcome([&] { return OpenConfigFile(kTokens, path.c_str(), false, readOnly).Image(); });
+}
+
+/// What a save of `text` to `path` says.
+std::string Saving(const std::string& path, bool coalesced, const char* text) {
+  OpenConfigFile file(kTokens);
+  file.AttachToBuffer(text, path.c_str());
+  return Outcome([&] { return Told(file.Save(coalesced, nullptr)); });
+}
+
+std::shared_ptr<void> TakeOurs(const char* path, const char* mode) {
+  const std::shared_ptr<std::FILE> stream(Platform::OpenFile(path, mode), std::fclose);
+  std::fgetc(stream.get());  // a lock counts from the start, wherever the stream stands
+  const int descriptor = Platform::Descriptor(stream.get());
+  errno = 0;
+  return Platform::TryLockBytes(descriptor, Platform::FileLength(descriptor)) ? stream : nullptr;
 }
 
 std::vector<TestSystem::TakeLock> Locks() {
   std::vector<TestSystem::TakeLock> locks = TestSystem::ForeignLocks();
-  locks.push_back([](const char* path) { return OurLock(path, "r"); });
-  locks.push_back([](const char* path) { return OurLock(path, "r+"); });
+  locks.push_back([](const char* path) { return TakeOurs(path, "r"); });
+  locks.push_back([](const char* path) { return TakeOurs(path, "r+"); });
+  locks.push_back([](const char* path) { return TakeOurs(path, "a+"); });
   return locks;
-}
-
-std::string OverMark(const std::string& path) { return path + ".over"; }
-
-// The second process: holds the lock until nobody reads what it says or the time is over, and
-// marks that while the lock is still held.
-int Hold(std::size_t lock, int milliseconds, const char* path) {
-  if (!Locks()[lock](path)) return 1;
-  for (; milliseconds > 0 && std::putchar('.') != EOF && std::fflush(stdout) == 0;
-       milliseconds -= 10) {
-    Platform::SleepMilliseconds(10);
-  }
-  TestFiles::Write(OverMark(path), "");
-  return 0;
-}
-
-std::string program;
-
-std::shared_ptr<std::FILE> Holder(std::size_t lock, const std::string& path,
-                                  int milliseconds = 60000) {
-  const std::string command = program + " hold " + std::to_string(lock) + " " +
-                              std::to_string(milliseconds) + " \"" + path + "\"";
-  std::shared_ptr<std::FILE> output(popen(command.c_str(), "r"), pclose);
-  EXPECT_EQ(std::fgetc(output.get()), '.') << command;
-  return output;
 }
 
 class FileLock : public testing::Test {
  protected:
-  FileLock() { TestFiles::Write(path, "a=1\n"); }
-  const TestFiles::TemporaryDirectory directory;
-  const std::string path = directory.Path("file");
+  FileLock() {
+    TestFiles::Write(path, "a=1\n");
+    TestFiles::Write(empty, "");
+  }
+  const std::string path = TestFiles::Path("file"), empty = TestFiles::Path("empty");
 };
 class FileLockPatience : public FileLock {};
 
-TEST_F(FileLock, KeepsEveryOtherProcessOut) {
-  const std::string empty = directory.Path("empty");
-  TestFiles::Write(empty, "");
-  for (std::size_t lock = 0; lock < Locks().size(); ++lock) {
-    TestFiles::Write(path, "a=1\n");
-    const auto bytes = static_cast<std::int64_t>(std::filesystem::file_size(path));
-    const auto holder = Holder(lock, path), ofEmpty = Holder(lock, empty);
+TEST_F(FileLock, KeepsEveryOtherLockOutAndWaitsForIt) {
+  for (const TestSystem::TakeLock take : Locks()) {
+    auto lock = take(path.c_str());
+    const auto ofEmpty = take(empty.c_str());
+    ASSERT_TRUE(lock && ofEmpty);
     for (const char* mode : {"r", "r+", "a+"}) {
-      std::FILE* stream = Platform::OpenFile(path.c_str(), mode);
-      errno = 0;
-      EXPECT_FALSE(Platform::TryLockBytes(Platform::Descriptor(stream), bytes)) << lock << mode;
+      EXPECT_FALSE(TakeOurs(path.c_str(), mode)) << mode;
       EXPECT_EQ(errno, TestSystem::kLockedError);
-      std::fclose(stream);
     }
     // An empty file has no bytes to lock, and neither has one that a save has cut.
     EXPECT_EQ(Reading(empty, true) + Reading(empty, false), "");
-    EXPECT_EQ(Saving(path, false, "b=22\n"), "saved");
-  }
-}
+    EXPECT_EQ(Saving(path, false, "b=2\n"), "1");
 
-TEST_F(FileLock, KeepsEveryOtherStreamOfItsProcessOut) {
-  for (const char* mode : {"r", "r+", "a+"}) {
-    for (const char* otherMode : {"r", "r+", "a+"}) {
-      SCOPED_TRACE(std::string(mode) + " " + otherMode);
-      std::FILE *stream = std::fopen(path.c_str(), mode),
-                *other = std::fopen(path.c_str(), otherMode);
-      std::fgetc(stream);  // a lock counts from the start, wherever the stream stands
-      const int descriptor = Platform::Descriptor(stream), second = Platform::Descriptor(other);
-      EXPECT_TRUE(Platform::TryLockBytes(descriptor, 4));
-      EXPECT_FALSE(Platform::TryLockBytes(second, 4));
-      EXPECT_TRUE(Platform::TryLockBytes(second, 0));
-      EXPECT_TRUE(Platform::UnlockBytes(descriptor, 4));
-      EXPECT_TRUE(Platform::TryLockBytes(second, 4));
-      EXPECT_FALSE(Platform::TryLockBytes(descriptor, 1));
-      std::fclose(other);
-      EXPECT_TRUE(Platform::TryLockBytes(descriptor, 4));
-      std::fclose(stream);
-    }
+    std::atomic<bool> over = false;
+    std::thread holder([&] {
+      Platform::SleepMilliseconds(150);
+      over = true;
+      lock.reset();
+    });
+    EXPECT_EQ(Reading(path, true) + Reading(path, false), "b=2\nb=2\n");
+    EXPECT_TRUE(over);
+    holder.join();
+    EXPECT_TRUE(take(path.c_str()));  // a read has given its own back
+    std::FILE* stream = Platform::OpenFile(path.c_str(), "r+");
+    Configuration::FileLock ours;
+    EXPECT_TRUE(ours.Acquire(stream) && !take(path.c_str()));
+    EXPECT_TRUE(ours.Release() && take(path.c_str()));
+    std::fclose(stream);
   }
-}
-
-TEST_F(FileLock, IsWaitedForAndGivenBack) {
-  for (std::size_t lock = 0; lock < Locks().size(); ++lock) {
-    std::filesystem::remove(OverMark(path));
-    const auto holder = Holder(lock, path, 250);
-    const OpenConfigFile file(path.c_str(), false, lock % 2 == 0, false, "=", "#", "");
-    EXPECT_TRUE(std::filesystem::exists(OverMark(path))) << lock;
-    Holder(lock, path);  // it is free again
-  }
-  std::FILE* stream = std::fopen(path.c_str(), "r+");
-  Configuration::FileLock released;
-  EXPECT_TRUE(released.Acquire(stream) && released.Release());
-  Holder(0, path);
-  std::fclose(stream);
 }
 
 TEST_F(FileLockPatience, EndsAfterTenSeconds) {
-  const auto holder = Holder(0, path);
+  const auto lock = Locks()[0](path.c_str());
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(Reading(path, true),
             "Error locking file \"" + path + "\" : " + std::strerror(TestSystem::kLockedError));
@@ -137,8 +108,8 @@ TEST(Save, FailsOnAFullDisk) {
 }
 
 // Most systems let nobody write to a program that runs, such as this one.
-TEST_F(FileLock, OfAReadOnlyFileNeedsNoWriting) {
-  const auto running = Holder(0, path);
+TEST(Read, OfAReadOnlyFileNeedsNoWriting) {
+  const std::string program = testing::internal::GetArgvs()[0];
   if (std::FILE* stream = std::fopen(program.c_str(), "r+")) {
     std::fclose(stream);
     GTEST_SKIP();
@@ -148,13 +119,3 @@ TEST_F(FileLock, OfAReadOnlyFileNeedsNoWriting) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  if (argc == 5) return Hold(std::strtoul(argv[2], nullptr, 10), std::atoi(argv[3]), argv[4]);
-  // By a name without folders, which a command needs no quotes for.
-  const std::filesystem::path whole = std::filesystem::absolute(argv[0]), here = ".";
-  std::filesystem::current_path(whole.parent_path());
-  program = (here / whole.filename()).make_preferred().string();
-  return RUN_ALL_TESTS();
-}

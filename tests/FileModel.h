@@ -6,13 +6,11 @@
 #include <cctype>
 #include <cstring>
 #include <deque>
-#include <functional>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "OpenSectionFile.h"
+#include "OpenFiles.h"
 
 /// A plain model of a sectioned file, and with an empty start token of a flat one. Everything is
 /// searched again each time; the three kinds of walks run on the same functions.
@@ -312,120 +310,6 @@ class FileModel {
   }
 
   std::deque<Record> records;  // whatever was made since the last load
-};
-
-/// One call, on a file and on its model.
-template <class F>
-struct Step {
-  using Walk = FileModel::Walk;
-  std::string name;    // "e." of the current section's entries, "t." of the top level
-  std::string policy;  // c ends the stay first, s settles the section, e the walk's own cursor
-  std::function<std::string(F& f, const char* a, const char* b)> run;
-  std::string (FileModel::*model)(Walk&, const std::string&, const std::string&);
-
-  std::string On(FileModel& m, const std::string& a, const std::string& b) const {
-    const auto has = [this](char c) { return policy.find(c) != std::string::npos; };
-    if (has('c')) m.stay = false;
-    if (has('s')) m.sections.Settle();
-    m.nowhere = {{}, 0};
-    Walk* const inside = m.sections.IsAtRecord() ? &m.sections.Current().entries : &m.nowhere;
-    Walk* const walk = name[1] != '.' ? &m.sections : name[0] == 't' ? &m.top : inside;
-    if (has('e')) walk->Settle();
-    return (m.*model)(*walk, a, b);
-  }
-};
-
-/// All that moves, reads or edits, of what a file `F` has.
-template <class F>
-const std::vector<Step<F>>& Steps() {
-  using A = const char*;
-  using C = OpenConfigFile;
-  using S = OpenSectionFile;
-  using M = FileModel;
-  static const std::vector<Step<F>> steps = [] {
-    std::vector<Step<F>> s;
-    const auto add = [&s](A name, A policy, auto model, auto call) {
-      if constexpr (std::is_invocable_v<decltype(call), F&, A, A>) {
-        s.push_back({name, policy, [=](F& f, A a, A b) { return Told(call(f, a, b)); }, model});
-      }
-    };
-    add("t.count", "", &M::Count, [](F& f, A, A) { return f.GetEntryCount(); });
-    add("t.goto", "c", &M::Goto, [](F& f, A a, A) { return f.GotoEntry(a); });
-    add("t.next", "", &M::Next, [](F& f, A, A) { return f.GotoNextEntry(); });
-    add("t.prev", "c", &M::Prev, [](F& f, A, A) { return f.GotoPreviousEntry(); });
-    add("t.first", "c", &M::First, [](F& f, A, A) { return f.GotoFirstEntry(); });
-    add("t.last", "c", &M::Last, [](F& f, A, A) { return f.GotoLastEntry(); });
-    add("t.get", "c", &M::Get, [](F& f, A a, A) { return f.Get(&F::GetEntry, a); });
-    add("t.read", "e", &M::Read, [](F& f, A, A) { return f.Read(&F::GetCurrentEntry); });
-    add("t.rename", "e", &M::Rename, [](F& f, A a, A) { return f.RenameEntry(a); });
-    add("t.add", "c", &M::Add, [](F& f, A a, A b) { return f.AddEntry(a, b, false); });
-    add("t.front", "c", &M::AddFront, [](F& f, A a, A b) { return f.AddEntry(a, b, true); });
-    add("t.insert", "ce", &M::Insert, [](F& f, A a, A b) { return f.InsertEntry(a, b); });
-    add("t.put", "c", &M::Put, [](F& f, A a, A b) { return f.SetEntry(a, b); });
-    add("t.deletekey", "c", &M::DeleteKey, [](F& f, A a, A) { return f.DeleteEntry(a); });
-    add("t.delete", "e", &M::Delete, [](F& f, A, A) { return f.DeleteCurrentEntry(); });
-    add("clear", "", &M::ClearAll, [](F& f, A, A) { return f.ClearAll(), true; });
-    add("t.restart", "c", &M::Restart, [](C& f, A, A) { return f.Restart(), true; });
-    add("t.set", "e", &M::SetTop, [](C& f, A, A b) { return f.SetCurrentEntry(b); });
-    add("next", "", &M::Next, [](S& f, A, A) { return f.GotoNextSection(); });
-    add("prev", "c", &M::Prev, [](S& f, A, A) { return f.GotoPreviousSection(); });
-    add("first", "c", &M::First, [](S& f, A, A) { return f.GotoFirstSection(); });
-    add("last", "c", &M::Last, [](S& f, A, A) { return f.GotoLastSection(); });
-    add("goto", "c", &M::Goto, [](S& f, A a, A) { return f.GotoSection(a); });
-    add("count", "", &M::Count, [](S& f, A, A) { return f.GetSectionCount(); });
-    add("name", "ce", &M::Name, [](S& f, A, A) { return f.Name(); });
-    add("rename", "ce", &M::RenameSection, [](S& f, A a, A) { return f.SetSectionName(a); });
-    add("add", "c", &M::Add, [](S& f, A a, A) { return f.AddSection(a, false); });
-    add("front", "c", &M::AddFront, [](S& f, A a, A) { return f.AddSection(a, true); });
-    add("insert", "e", &M::Insert, [](S& f, A a, A) { return f.InsertSection(a); });
-    add("delete", "e", &M::DeleteSection, [](S& f, A, A) { return f.DeleteSection(); });
-    add("deletename", "c", &M::DeleteName, [](S& f, A a, A) { return f.DeleteSection(a); });
-    add("restart", "c", &M::Restart, [](S& f, A, A) { return f.Restart(), true; });
-    add("e.count", "s", &M::Count, [](S& f, A, A) { return f.GetSecEntryCount(); });
-    add("e.goto", "sc", &M::Goto, [](S& f, A a, A) { return f.GotoSecEntry(a); });
-    add("e.next", "s", &M::Next, [](S& f, A, A) { return f.GotoSecNextEntry(); });
-    add("e.prev", "sc", &M::Prev, [](S& f, A, A) { return f.GotoSecPrevEntry(); });
-    add("e.first", "sc", &M::First, [](S& f, A, A) { return f.GotoSecFirstEntry(); });
-    add("e.last", "sc", &M::Last, [](S& f, A, A) { return f.GotoSecLastEntry(); });
-    add("e.restart", "c", &M::Restart, [](S& f, A, A) { return f.RestartSection(), true; });
-    add("e.get", "sc", &M::Get, [](S& f, A a, A) { return f.Get(&S::GetSectionEntry, a); });
-    add("e.read", "sce", &M::Read, [](S& f, A, A) { return f.Read(&S::GetSecCurrentEntry); });
-    add("e.set", "c", &M::Set, [](S& f, A, A b) { return f.SetSecCurrentEntry(b); });
-    add("e.rename", "sce", &M::Rename, [](S& f, A a, A) { return f.RenameSectionEntry(a); });
-    add("e.add", "sc", &M::Add, [](S& f, A a, A b) { return f.AddSectionEntry(a, b); });
-    add("e.put", "sc", &M::Put, [](S& f, A a, A b) { return f.SetSectionEntry(a, b); });
-    add("e.insert", "s", &M::InsertIn,
-        [](S& f, A a, A b) { return f.InsertSectionEntry(a, b, false); });
-    add("e.replace", "s", &M::Replace,
-        [](S& f, A a, A b) { return f.InsertSectionEntry(a, b, true); });
-    add("e.deletekey", "sc", &M::DeleteKey, [](S& f, A a, A) { return f.DeleteSectionEntry(a); });
-    add("e.delete", "c", &M::Delete, [](S& f, A, A) { return f.DeleteSectionEntry(); });
-    return s;
-  }();
-  return steps;
-}
-
-/// A file and its model.
-template <class F>
-struct Twin {
-  F file;
-  FileModel model;
-  explicit Twin(const FileTokens& tokens) : file(tokens), model(tokens) {}
-
-  /// Where they differ after the same call on both, or an empty text.
-  std::string Difference(const std::string& result, const std::string& expected) {
-    if (file.lines == nullptr) return expected == "!" ? "" : "released: " + result;
-    const auto all = [](auto& f) { return f.Image() + "\n" + f.Picture() + "\n" + f.Capacities(); };
-    const std::string is = result + "\n" + all(file), right = expected + "\n" + all(model);
-    return is == right ? "" : is + "\n--\n" + right;
-  }
-  /// Takes the bytes of a file into both.
-  std::string Take(const std::string& image) {
-    const std::string expected = model.Load(image);
-    file.ClearAll();
-    for (const FileModel::Record* line : model.lines) file.lines->AddLine(line->Line(), true);
-    return Difference(Outcome([&] { return file.Load(), "1"; }), expected);
-  }
 };
 
 #endif

@@ -2,14 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <typeinfo>
-#include <vector>
 
-#include "AllTexts.h"
 #include "FailingNew.h"
 #include "SlowLexer.h"
 #include "TestFiles.h"
@@ -17,17 +13,9 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-// Each line with the mark that ends it; last what follows the last mark, perhaps nothing.
-Lines Split(const std::string& text, char mark, bool keepMark) {
-  Lines lines(1);
-  for (const char c : text) {
-    if (c != mark || keepMark) lines.back() += c;
-    if (c == mark) lines.emplace_back();
-  }
-  return lines;
-}
+using SlowLexer::Lines;
+using SlowLexer::Split;
+using TestFiles::Path;
 
 Lines AllLines(StreamIterator&& source) {
   Lines lines;
@@ -35,10 +23,6 @@ Lines AllLines(StreamIterator&& source) {
   return lines;
 }
 
-std::string Path(const char* name) {
-  static const TestFiles::TemporaryDirectory directory;
-  return directory.Path(name);
-}
 std::string Write(const char* name, const std::string& text) {
   TestFiles::Write(Path(name), text, std::ios::binary);
   return Path(name);
@@ -47,7 +31,7 @@ std::string Write(const char* name, const std::string& text) {
 TEST(LineSources, HandOutLines) {
   // The runtimes read files by 511, 4096 or 8191 bytes.
   for (const std::size_t bytes : {0u, 509u, 4094u, 8189u}) {
-    for (const std::string& tail : AllTexts(std::string("a\r\n\0", 4), 4)) {
+    for (const std::string& tail : TestFiles::AllTexts(std::string("a\r\n\0", 4), 4)) {
       const std::string text = std::string(bytes, 'x') + tail;
       Lines inBuffer = Split(text.c_str(), '\n', true);
       if (inBuffer.back().empty()) inBuffer.pop_back();
@@ -74,31 +58,13 @@ TEST(LineSources, AFileThatCannotBeReadHasNoLines) {
 }
 
 TEST(Lexer, EqualsTheSlowOne) {
-  const char kCut = '\x01';  // the source's next line starts here
   EXPECT_EQ(ZelLex(nullptr, false).GetToken(), nullptr);
-  for (const std::string& text : AllTexts("a1 ;\xFF\x01", 5)) {
-    SlowLexer::Check(Split(text, kCut, false));
-  }
+  for (const std::string& text : TestFiles::AllTexts("a1 ;\xFF\x01", 5)) SlowLexer::Check(text);
   for (int code = 0; code < 0x100; ++code) {
     const char c = static_cast<char>(code);
-    const std::string texts[] = {{c, 'a'}, {'a', c}, {'9', c}, {' ', c}};
-    for (const std::string& text : texts) {
-      SlowLexer::Check({text + "a1 ;a1 ;", text});
+    for (const char before : {'a', '9', ' '}) {
+      SlowLexer::Check({before, c, 'a', '1', ' ', ';', before, '\x01', c, 'a'});
     }
-  }
-  const char bytes[] = "aaaaaaaabZz0000009   \t\v\n\n;_\"$\r\x01\x01";
-  std::mt19937 random(1);
-  for (int i = 0; i < 60; ++i) {
-    std::string text;
-    while (text.size() < 1000) {
-      const char byte = bytes[random() % 33];
-      text.append(byte == kCut ? 1 : 1 + random() % 30, byte);
-    }
-    SlowLexer::Check(Split(text, kCut, false));
-    // The start of a run that has crossed a cut is lost where its growth finds no memory.
-    SlowLexer::Check(Split(text, '\n', true), [](const std::function<void()>& step) {
-      FailingNew::ForEachAllocation([&] { return step; }, [](bool) {});
-    });
   }
 }
 
@@ -109,11 +75,11 @@ TEST(Lexer, AnAssignmentIsWholeOrChangesNothing) {
   ZelLex lexer(&source, false), target(&other, false);
   lexer.GetToken();
   const ZelLexToken* record = target.GetToken();
-  const auto setUp = [&] { return [&] { target = lexer; }; };
-  FailingNew::ForEachAllocation(setUp, [&](bool failed) {
-    EXPECT_EQ(record->text, failed ? "a" : wide);
-    EXPECT_EQ(ZelLex(target).GetToken()->text, failed ? " " : "1");
-  });
+  FailingNew::ForEachAllocation([&] { target = lexer; },
+                                [&](bool failed) {
+                                  EXPECT_EQ(record->text, failed ? "a" : wide);
+                                  EXPECT_EQ(ZelLex(target).GetToken()->text, failed ? " " : "1");
+                                });
 }
 
 // Its hook reads `limit` tokens at most, and then does as told.

@@ -56,10 +56,7 @@ ZelSection Section(const std::string& form) {
   return section;
 }
 
-bool Equal(const char* form, const char* otherForm) {
-  ZelSection section = Section(form), other = Section(otherForm);
-  return section == other;
-}
+bool Equal(const char* form, const char* otherForm) { return Section(form) == Section(otherForm); }
 
 // A walk that goes through all but what is below `d`.
 std::string trace;
@@ -155,6 +152,9 @@ TEST(Records, EachOperationDoesItsOwnAndAFailedAllocationChangesNothing) {
       {[](World& w) { w.told = Equal("sk", "sl"); }, kTold, "0"},
       {[](World& w) { w.told = Equal("sk", "s"); }, kTold, "0"},
       {[](World& w) { w.told = Equal("s", "sk"); }, kTold, "0"},
+      {[](World& w) { w.told = Equal("sAZaz", "sazAZ"); }, kTold, "1"},
+      {[](World& w) { w.told = Equal("s[", "s{") + Equal("s@", "s`"); }, kTold, "0"},
+      {[](World& w) { w.told = Equal("s\xC4", "s\xE4"); }, kTold, "0"},
       {[](World& w) { w.told = w.blank == w.blank; }, kTold, "0"},
       {[](World& w) { w.told = w.blank == ZelSection(""); }, kTold, "0"},
 

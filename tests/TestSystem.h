@@ -2,7 +2,7 @@
 #ifndef ZELCONFUTILS_TESTS_TEST_SYSTEM_H
 #define ZELCONFUTILS_TESTS_TEST_SYSTEM_H
 
-#include <string>
+#include <memory>
 #include <vector>
 
 /// Where the systems differ by design, and what only a system can do for a test. One source file
@@ -23,8 +23,9 @@ extern const bool kHasDrives;
 /// Files that this process has open.
 int OpenFiles();
 
-/// Locks as other programs take them, on the file at `path`: they last until the process ends.
-using TakeLock = bool (*)(const char* path);
+/// Ways in which other programs lock the file at `path`. A lock lasts as long as what is returned,
+/// which is null when it could not be had.
+using TakeLock = std::shared_ptr<void> (*)(const char* path);
 std::vector<TakeLock> ForeignLocks();
 
 }  // namespace TestSystem

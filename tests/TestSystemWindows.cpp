@@ -23,15 +23,22 @@ int OpenFiles() {
 
 std::vector<TakeLock> ForeignLocks() {
   return {
-      [](const char* path) {
-        const int file = _open(path, _O_RDWR | _O_BINARY);
-        return _locking(file, _LK_NBLCK, _filelength(file)) == 0 || _filelength(file) == 0;
+      [](const char* path) -> std::shared_ptr<void> {
+        const std::shared_ptr<int> file(new int(_open(path, _O_RDWR | _O_BINARY)),
+                                        [](int* descriptor) {
+                                          _close(*descriptor);
+                                          delete descriptor;
+                                        });
+        const long bytes = _filelength(*file);
+        return bytes == 0 || _locking(*file, _LK_NBLCK, bytes) == 0 ? file : nullptr;
       },
-      [](const char* path) {  // the last byte alone
-        HANDLE file = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  OPEN_EXISTING, 0, nullptr);
-        const DWORD size = GetFileSize(file, nullptr);
-        return size == 0 || LockFile(file, size - 1, 0, 1, 0) != 0;
+      [](const char* path) -> std::shared_ptr<void> {  // the last byte alone
+        const std::shared_ptr<void> file(
+            CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                        OPEN_EXISTING, 0, nullptr),
+            CloseHandle);
+        const DWORD size = GetFileSize(file.get(), nullptr);
+        return size == 0 || LockFile(file.get(), size - 1, 0, 1, 0) != 0 ? file : nullptr;
       },
   };
 }
