@@ -5,17 +5,10 @@
 #include <string>
 
 #include "../tests/CsvTwin.h"
-#include "../tests/TestFiles.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  const std::string path = TestFiles::Path("csv"), text(data + 1, data + size);
-  TestFiles::Write(path, text, std::ios::binary);
-  CsvTwin twin;
-  CsvDocumentRow row;
-  twin.Set(static_cast<CsvFieldDelimiter>(data[0] % 3), "\0\" ,"[data[0] / 3 % 4]);
-  twin.Load(path.c_str(), &text);
-  while (twin.GetRow(row)) {
-  }
+  const auto kind = static_cast<CsvFieldDelimiter>(data[0] % 3);
+  CsvTwin::ReadAll(std::string(data + 1, data + size), kind, "\0\" ,"[data[0] / 3 % 4]);
   return 0;
 }

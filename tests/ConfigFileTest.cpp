@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <new>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "FailingNew.h"
 #include "OpenFiles.h"
@@ -63,6 +65,21 @@ TYPED_TEST(File, KeepsEveryByteBeyondTheBuffers) {
     EXPECT_EQ(file.SetEntry("k", large.c_str()), 2u);
     for (const bool coalesced : {true, false}) {
       EXPECT_TRUE(file.Save(coalesced, "out") && TestFiles::Read("out") == file.Image());
+    }
+  }
+}
+
+TEST_F(FlatFile, TheSaveBufferGrowsEverMoreRarely) {
+  using Row = std::array<std::size_t, 3>;  // image, capacity, growth
+  for (const auto& run : {std::vector<Row>{{0, 0, 1}, {65535, 65536, 1}, {65536, 67585, 2}},
+                          {{65536, 66561, 1}, {66561, 68610, 2}, {9, 68610, 2}}}) {
+    OpenConfigFile file(kTokens);
+    file.AttachToBuffer("", "file");
+    for (const Row& row : run) {
+      file.ClearAll();
+      file.lines->AddLine(std::string(row[0], 'x'), true);
+      EXPECT_TRUE(file.Save(true, nullptr));
+      EXPECT_EQ(row, (Row{row[0], file.lines->saveCapacity, file.lines->saveGrowth}));
     }
   }
 }

@@ -9,6 +9,7 @@
 
 #include "CsvDocument.h"
 #include "FailingNew.h"
+#include "TestFiles.h"
 
 /// A document, and beside it the reader once more: byte by byte over a text in memory, which its
 /// copies share. Each call is made with each of its allocations failing once; where the two differ
@@ -72,6 +73,18 @@ struct CsvTwin {
                 document.IsCsvRecordPresence() == present,
             any ? source->bytes.substr(0, source->at) : "end");
     return any;
+  }
+
+  /// Reads a file that holds `text` to its end.
+  static void ReadAll(const std::string& text, CsvFieldDelimiter kind, char token) {
+    const std::string path = TestFiles::Path("csv");
+    TestFiles::Write(path, text, std::ios::binary);
+    CsvTwin twin;
+    CsvDocumentRow row;
+    twin.Set(kind, token);
+    twin.Load(path.c_str(), &text);
+    while (twin.GetRow(row)) {
+    }
   }
 
  private:
