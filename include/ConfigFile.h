@@ -218,10 +218,11 @@ class ZELCONFUTILS_API ConfigFile {
 
  protected:
   /// Appends the lines of the file at `path` to `lines`; entries and cursor are not touched. Throws
-  /// `ConfigException` with everything released.
+  /// `ConfigException` with everything released, and `std::bad_alloc` with `lines` as before.
   void Read();
 
-  /// Appends an entry to `entries` for each line that is one; puts the cursor on the first.
+  /// Appends an entry to `entries`, which is empty before, for each line that is one; puts the
+  /// cursor on the first. Throws `std::bad_alloc` with `entries` empty and the cursor at end.
   void Load();
 
   /// Releases everything; may run twice.

@@ -301,11 +301,12 @@ class ZELCONFUTILS_API MultiSectionFile {
 
  protected:
   /// Appends the lines of the file at `path` to `lines`; index and cursors are not touched. Throws
-  /// `ConfigException` with everything released.
+  /// `ConfigException` with everything released, and `std::bad_alloc` with `lines` as before.
   void Read();
 
-  /// Builds sections and entries from `lines` and sets both cursors to the first. Throws
-  /// `ConfigException` with everything released when the text ends inside a section.
+  /// Builds sections and entries, of which there are none before, from `lines` and sets both
+  /// cursors to the first. Throws `ConfigException` with everything released when the text ends
+  /// inside a section, and `std::bad_alloc` with none built and both cursors at end.
   void Load();
 
   /// Releases everything; may run twice.

@@ -43,7 +43,6 @@ struct File : testing::Test {
 using Files = testing::Types<OpenConfigFile, OpenSectionFile>;
 TYPED_TEST_SUITE(File, Files);
 using FlatFile = File<OpenConfigFile>;
-using SectionFile = File<OpenSectionFile>;
 
 TYPED_TEST(File, KeepsEveryByteBeyondTheBuffers) {
   auto line = [n = 0](std::size_t bytes) mutable {
@@ -118,61 +117,101 @@ TYPED_TEST(File, IsMadeOfAFileOrATextOrNothing) {
   EXPECT_EQ(TestFiles::Read("file"), "");
 }
 
-TYPED_TEST(File, AFailureNamesTheFileAndTheReason) {
+// What a file object says when it is made, saved or loaded, or the message of what it throws. Each
+// allocation fails once; what an object keeps then is shown beside the model.
+TYPED_TEST(File, NamesTheFileAndTheReasonAndLeavesNothing) {
+  using F = TypeParam;
   const auto failure = [](const char* action, const std::string& path, int error) {
     return std::string("Error ") + action + " file \"" + path + "\" : " + std::strerror(error);
   };
+  const auto with = [](const char* start, const char* stop) {
+    const FileTokens tokens = {nullptr, start, stop, "=", "#", nullptr};
+    return OpenSectionFile(tokens, "no/cfg").Image();
+  };
+  const auto on = [](auto call) {
+    F file(kTokens, "file");
+    const std::string told = Outcome([&] { return Told(call(file)); });
+    EXPECT_EQ(told != "1",
+              file.lines == nullptr && file.path == nullptr && file.entries == nullptr);
+    return told;
+  };
+  const std::string image = "n=1\n{\nk=v\n}\n" + std::string(300, 'x');
   const std::string far(300, 'f');  // refused by the system; the message comes whole
+  const std::string isShort = "Length of section's start & stop tokens must be at least 2!";
   const struct {
-    std::string path;
-    bool create, readOnly;
-    std::string message;
+    std::function<std::string()> run;
+    std::string told;
   } rows[] = {
-      {"conf/sub/cfg", true, false, "Path conf/sub does not exist."},
-      {far + "/cfg", false, false, "Path " + far + " does not exist."},
-      {"none", false, false, failure("opening", "none", ENOENT)},
-      {"none", true, true, failure("opening", "none", ENOENT)},
-      {far, true, false, failure("opening", far, TestSystem::kLongNameError)},
-      {"dir", false, true, failure("opening", "dir", TestSystem::kDirectoryError)},
-      {"made", true, false, ""},
+      {[] { return F(kTokens, "conf/sub/cfg", true).Image(); }, "Path conf/sub does not exist."},
+      {[&] { return F(kTokens, (far + "/c").c_str()).Image(); },
+       "Path " + far + " does not exist."},
+      {[] { return F(kTokens, "none").Image(); }, failure("opening", "none", ENOENT)},
+      {[] { return F(kTokens, "none", true, true).Image(); }, failure("opening", "none", ENOENT)},
+      {[&] { return F(kTokens, far.c_str(), true).Image(); },
+       failure("opening", far, TestSystem::kLongNameError)},
+      {[] { return F(kTokens, "dir", false, true).Image(); },
+       failure("opening", "dir", TestSystem::kDirectoryError)},
+      {[] { return F(kTokens, "made", true).Image(); }, ""},
+      {[] { return F(kTokens, "file").Image(); }, image},
+      {[] { return F(kTokens, "a=1\n", true, true, true).Image(); }, "a=1\n"},
+      {[] { return OpenSectionFile(kTokens, "{\n", true, true, true).Image(); },
+       "File \"\" is corrupted!"},
+      {[&] { return with("{", "}\n"); }, isShort},
+      {[&] { return with("{\n", "\n"); }, isShort},
+      {[&] { return with("\n{", "\n}"); }, "Path no does not exist."},
+      {[&] { return on([](F& f) { return f.Save(false, "out"); }); }, "1"},
+      {[&] { return on([](F& f) { return f.Save(true, "out"); }); }, "1"},
+      {[&] { return on([](F& f) { return f.Save(true, "no/c"); }); },
+       failure("saving", "no/c", ENOENT)},
+      {[&] { return on([](F& f) { return f.Save(true, "dir"); }); },
+       failure("saving", "dir", TestSystem::kDirectoryError)},
+      {[&] { return on([](F& f) { return fs::remove("file"), f.Reload(), true; }); },
+       failure("opening", "file", ENOENT)},
+      {[] { return std::string(SmartBuffer()()); }, ""},
+      {[] {
+         ConfigException exception("a"), copy(exception);
+         try {
+           exception = ConfigException("b");
+         } catch (const std::bad_alloc&) {
+           EXPECT_STREQ(exception.what(), "a");
+         }
+         return std::string(copy.what());
+       },
+       "a"},
   };
   fs::create_directory("dir");
+  const int openFiles = TestSystem::OpenFiles();
+  std::string told, all;
+  told.reserve(10000);  // no block of theirs while one fails
+  all.reserve(100000);
   for (const auto& row : rows) {
-    const auto make = [&] {
-      return TypeParam(kTokens, row.path.c_str(), row.create, row.readOnly).Image();
-    };
-    EXPECT_EQ(Outcome(make), row.message) << row.path << row.create << row.readOnly;
+    TestFiles::Write("file", image);
+    const int failed = FailingNew::ForEachAllocationOn<std::monostate>(
+        [&](auto&) { told = Outcome(row.run); },
+        [&](auto&, bool) {
+          EXPECT_EQ(TestSystem::OpenFiles(), openFiles) << row.told;
+          all += told;
+        });
+    EXPECT_EQ(told, row.told);
+    EXPECT_GT(failed, 0);
   }
   EXPECT_TRUE(!fs::exists("none") && fs::exists("made"));
-  const auto act = [&](auto call) {
-    TypeParam file(kTokens, "made");
-    const std::string message = Outcome([&] { return call(file), "done"; });
-    EXPECT_TRUE(file.lines == nullptr && file.path == nullptr && file.entries == nullptr);
-    return message;
-  };
-  EXPECT_EQ(act([](TypeParam& file) { file.Save(true, "no/cfg"); }),
-            failure("saving", "no/cfg", ENOENT));
-  EXPECT_EQ(act([](TypeParam& file) { file.Save(true, "dir"); }),
-            failure("saving", "dir", TestSystem::kDirectoryError));
-  EXPECT_EQ(act([](TypeParam& file) { fs::remove("made"), file.Reload(); }),
-            failure("opening", "made", ENOENT));
+  EXPECT_NE(all.find("saving file \"out\" : file is too big."), std::string::npos);
 }
 
-TEST_F(SectionFile, RefusesAnUnfinishedSectionAndAShortToken) {
-  for (const char* path : {"x", static_cast<const char*>(nullptr)}) {
-    OpenSectionFile file(kTokens);
-    EXPECT_EQ(Outcome([&] { return Told(file.AttachToBuffer("a\n{\n", path)); }),
-              std::string("File \"") + (path != nullptr ? path : "") + "\" is corrupted!");
-    EXPECT_TRUE(file.lines == nullptr && file.sections == nullptr);
-  }
-  const auto make = [](const char* start, const char* stop) {
-    const FileTokens tokens = {nullptr, start, stop, "=", "#", nullptr};
-    return Outcome([&] { return OpenSectionFile(tokens, "no/cfg").Image(); });
-  };
-  const std::string message = "Length of section's start & stop tokens must be at least 2!";
-  EXPECT_EQ(make("{", "}\n"), message);
-  EXPECT_EQ(make("{\n", "\n"), message);
-  EXPECT_EQ(make("\n{", "\n}"), "Path no does not exist.");
+TYPED_TEST(File, ReadAndLoadDoAllOrNothing) {
+  std::string text;
+  while (text.size() < 5000) text += "a=1\nb\n{\nc=2\n}\n";
+  TestFiles::Write("file", text);
+  TypeParam file(kTokens, "file");
+  const std::string picture = file.Picture();
+  file.ClearAll();
+  const int reads = FailingNew::ForEachAllocation(
+      [&] { file.Read(); }, [&](bool failed) { EXPECT_EQ(file.Image(), failed ? "" : text); });
+  const int loads = FailingNew::ForEachAllocation(
+      [&] { file.Load(); },
+      [&](bool failed) { EXPECT_EQ(file.Picture(), failed ? "$; $" : picture); });
+  EXPECT_TRUE(reads > 2 && loads > 2) << reads << loads;
 }
 
 TEST_F(FlatFile, ThePathCheckAsksForTheDirectoryThatThePathNames) {
@@ -203,41 +242,6 @@ TEST_F(FlatFile, ThePathCheckAsksForTheDirectoryThatThePathNames) {
     EXPECT_EQ(check.Text(), row.text);
     EXPECT_TRUE(fs::is_directory(row.made)) << row.made;
   }
-}
-
-// Every allocation fails once in what makes, copies, saves or loses an object. What an object keeps
-// when one of its operations fails is shown beside the model.
-TEST_F(FlatFile, LeavesNothingOfWhatFailed) {
-  const std::function<std::string()> rows[] = {
-      [] { return OpenConfigFile(kTokens, "file").Image(); },
-      [] { return OpenConfigFile(kTokens, "a=1\n", true, true, true).Image(); },
-      [] { return OpenSectionFile(kTokens, "file").Image(); },
-      [] { return OpenSectionFile(kTokens, "a {\n", true, true, true).Image(); },
-      [] { return Told(OpenConfigFile("file").Save(false, "out")); },
-      [] { return Told(OpenConfigFile("file").Save(true, "out")); },
-      [] { return Told(OpenConfigFile("file").Save(true, "no/out")); },
-      [] { return std::string(SmartBuffer()()); },
-      [] {
-        ConfigException exception("a"), copy(exception);
-        try {
-          exception = ConfigException("b");
-        } catch (const std::bad_alloc&) {
-          EXPECT_STREQ(exception.what(), "a");
-        }
-        return std::string(copy.what());
-      },
-  };
-  TestFiles::Write("file", "n=1\n{\nk=v\n}\n" + std::string(300, 'x'));
-  const int openFiles = TestSystem::OpenFiles();
-  std::string told;
-  told.reserve(100000);  // no block of it while one fails
-  for (const auto& row : rows) {
-    const int failed = FailingNew::ForEachAllocationOn<std::monostate>(
-        [&](auto&) { told += Outcome(row); },
-        [&](auto&, bool) { EXPECT_EQ(TestSystem::OpenFiles(), openFiles) << &row - rows; });
-    EXPECT_GT(failed, 0);
-  }
-  EXPECT_NE(told.find("saving file \"out\" : file is too big."), std::string::npos);
 }
 
 }  // namespace

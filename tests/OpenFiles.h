@@ -63,6 +63,7 @@ class OpenFile : public Base {
   using Base::lines;
   using Base::Load;
   using Base::path;
+  using Base::Read;
 
   /// The image, by way of a buffer that just fits; one byte less must be refused.
   std::string Image() {
@@ -128,8 +129,6 @@ class OpenConfigFile : public OpenFile<Configuration::ConfigFile> {
   using ConfigFile::cursor;
   using OpenFile::OpenFile;
 
-  explicit OpenConfigFile(const std::string& filePath)
-      : OpenFile(filePath.c_str(), false, false, false, "=", "#", nullptr) {}
   explicit OpenConfigFile(const FileTokens& with, const char* source = nullptr, bool create = false,
                           bool reads = false, bool isText = false)
       : OpenFile(source, create, reads, isText, with.separator, with.comment, with.prefix) {}

@@ -75,13 +75,19 @@ void ConfigFile::Load() {
   const std::string_view separatorView(separator, separatorLength);
   const std::string_view commentView(comment);
   auto& lineList = lines->Lines();
-  for (auto line = lineList.begin(); line != lineList.end(); ++line) {
-    const std::string_view text = (*line).View();
-    if (EntrySyntax::IsComment(text, commentView)) continue;
-    const std::size_t separatorAt = EntrySyntax::Find(text, separatorView);
-    if (separatorAt == EntrySyntax::kNone) continue;
-    EntryEdit::AppendParsed(*entries, lineList.PositionOf(line), separatorAt, separatorLength);
-  }
+  const auto index = [&] {
+    for (auto line = lineList.begin(); line != lineList.end(); ++line) {
+      const std::string_view text = (*line).View();
+      if (EntrySyntax::IsComment(text, commentView)) continue;
+      const std::size_t separatorAt = EntrySyntax::Find(text, separatorView);
+      if (separatorAt == EntrySyntax::kNone) continue;
+      EntryEdit::AppendParsed(*entries, lineList.PositionOf(line), separatorAt, separatorLength);
+    }
+  };
+  OnFailure<std::bad_alloc>(index, [this] {
+    entries->Clear();
+    *cursor = entries->End();
+  });
   *cursor = entries->First();
 }
 

@@ -11,6 +11,7 @@
 
 #include "ConfigException.h"
 #include "config/PathCheck.h"
+#include "config/Refill.h"
 #include "platform/Platform.h"
 
 namespace Configuration::FileAccess {
@@ -114,7 +115,12 @@ void Read(ConfigLineList& lines, FileLock& lock, const char* path, bool readOnly
   const char* mode = readOnly ? "r" : createIfMissing ? "a+" : "r+";
   LockedStream stream(lock, "opening", path, mode);
   std::rewind(stream.Get());  // a stream opened for appending may stand at its end
-  ReadLines(stream.Get(), lines);
+  const ConfigLinePosition last = lines.Lines().Last();
+  OnFailure<std::bad_alloc>([&] { ReadLines(stream.Get(), lines); },
+                            [&] {
+                              while (lines.Lines().Last() != last)
+                                lines.EraseLine(lines.Lines().Last());
+                            });
   stream.Finish();
 }
 

@@ -17,7 +17,7 @@ namespace Configuration::FileAccess {
 /// Throws unless the directory of `path` exists.
 void RequireDirectory(const char* path);
 
-/// Opens `path` and appends its lines to `lines`.
+/// Opens `path` and appends its lines to `lines`; none of them when memory runs out.
 void Read(ConfigLineList& lines, FileLock& lock, const char* path, bool readOnly,
           bool createIfMissing);
 

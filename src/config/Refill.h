@@ -47,29 +47,30 @@ class HeldContent {
   std::tuple<Parts...> held_{};
 };
 
+/// Runs `step`; before an `Exception` of it goes on to the caller, `undo` runs.
+template <class Exception, class Step, class Undo>
+auto OnFailure(Step step, Undo undo) {
+  try {
+    return step();
+  } catch (const Exception&) {
+    undo();
+    throw;
+  }
+}
+
 /// Runs `fill` on emptied parts of a file object. When memory runs out halfway, the parts get
 /// their former content back.
 template <class Fill, class... Parts>
 auto Refill(Fill fill, Parts&... parts) {
   HeldContent<Parts...> held(parts...);
-  try {
-    return fill();
-  } catch (const std::bad_alloc&) {
-    held.PutBack();
-    throw;
-  }
+  return OnFailure<std::bad_alloc>(fill, [&] { held.PutBack(); });
 }
 
 /// Runs `step`; before a `ConfigException` of it goes on to the caller, `tidy` releases what the
 /// file object holds. The message stands by then: it may quote what is released.
 template <class Step, class Tidy>
 auto TidyOnFailure(Step step, Tidy tidy) {
-  try {
-    return step();
-  } catch (const ConfigException&) {
-    tidy();
-    throw;
-  }
+  return OnFailure<ConfigException>(step, tidy);
 }
 
 }  // namespace Configuration

@@ -91,9 +91,16 @@ bool MultiSectionFile::Save(bool coalesced, const char* target) {
 }
 
 void MultiSectionFile::Load() {
+  const auto clear = [this] {
+    sections->Clear();
+    entries->Clear();
+    *sectionCursor = sections->End();
+    *entryCursor = entries->End();
+  };
+  const auto index = [this] { return LoadSections(*lines, Tokens(), *sections, *entries); };
   TidyOnFailure(
-      [this] {
-        if (!LoadSections(*lines, Tokens(), *sections, *entries)) FileAccess::ThrowCorrupted(path);
+      [&] {
+        if (!OnFailure<std::bad_alloc>(index, clear)) FileAccess::ThrowCorrupted(path);
       },
       [this] { Tidy(); });
   *sectionCursor = sections->First();
