@@ -15,24 +15,15 @@
 
 namespace {
 
-const std::string kAlphabet("a \",\r\n\0", 7);
 constexpr std::size_t kBlockBytes = CsvRecordReader::kBlockBytes;
 
 using TestFiles::Path;
 
-TEST(Csv, EveryShortTextGivesTheRowsOfTheTwinAloneInALongFileAndOverABlocksEnd) {
-  const auto check = [&](const std::string& text, char token) {
-    CsvTwin::ReadAll(text, CommaDelimiter, token);
-  };
-  std::string all;
-  for (const std::string& text : TestFiles::AllTexts(kAlphabet, 5)) all += text + '\n';
-  for (const char token : {'\0', '"', ' '}) {
-    for (const std::string& text : TestFiles::AllTexts(kAlphabet, 4)) check(text, token);
-    check(all, token);
-  }
+TEST(Csv, LineEndsOverTheEndOfABlockAreWhole) {
   for (std::size_t bytes = kBlockBytes - 3; bytes <= kBlockBytes; ++bytes) {
-    for (const std::string& text : TestFiles::AllTexts("a\r\n", 3))
-      check(std::string(bytes, 'x') + text, '\0');
+    for (const std::string& text : TestFiles::AllTexts("a\r\n", 3)) {
+      CsvTwin::ReadAll(std::string(bytes, 'x') + text, CommaDelimiter, '\0');
+    }
   }
 }
 
@@ -40,7 +31,7 @@ TEST(Csv, EveryShortTextGivesTheRowsOfTheTwinAloneInALongFileAndOverABlocksEnd) 
 // string, settings that change between two rows, and documents that share a file.
 TEST(Csv, RandomStepsGiveTheRowsOfTheTwins) {
   std::mt19937 random(1);
-  const std::string bytes = kAlphabet + "\xFF\x1A;;;\t\t\x0B\x0E\x80,,,,";
+  const std::string bytes("a \",\r\n\0\xFF\x1A;;;\t\t\x0B\x0E\x80,,,,", 21);
   const std::string names[] = {Path("a"), Path("b"), Path("%s%n"), "/"};
   std::string texts[2], messages;
   for (int i = 0; i < 2; ++i) {
