@@ -20,7 +20,7 @@ sections      ZelSection Tree
 csv           CsvDocument'
 # Within src/config: each file may include only those that stand before it.
 floor='ConfigException SmartBuffer SlabChain LinkedList TextPool ConfigLineList ConfigEntry EntrySyntax Walk EntryEdit EntryOperations
-FileLock PathCheck FileAccess Release Refill ConfigFile'
+FileLock PathCheck Release Refill FileAccess ConfigFile'
 
 find src include -name '*.h' -o -name '*.cpp' | sort | xargs awk -v folders="$folders" -v public="$public" -v floor="$floor" '
   function fail(why) { printf "%s:%d: %s: %s\n", FILENAME, FNR, why, $0; failures++ }
