@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
   }
   std::sort(inputs.begin(), inputs.end());
   for (const std::string& input : inputs) Run(input);
-  std::mt19937 random(argc > 3 ? std::atoi(argv[3]) : 1);
+  std::mt19937 random(static_cast<unsigned>(argc > 3 ? std::atoi(argv[3]) : 1));
   for (int i = std::atoi(argv[2]); i > 0; --i) {
     std::string input;
     for (auto size = random() % 1000; input.size() < size; input += static_cast<char>(random())) {

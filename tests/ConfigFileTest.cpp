@@ -187,7 +187,10 @@ TYPED_TEST(File, NamesTheFileAndTheReasonAndLeavesNothing) {
   for (const auto& row : rows) {
     TestFiles::Write("file", image);
     const int failed = FailingNew::ForEachAllocationOn<std::monostate>(
-        [&](auto&) { told = Outcome(row.run); },
+        [&](auto&) {
+          told.clear();
+          told += Outcome(row.run);
+        },
         [&](auto&, bool) {
           EXPECT_EQ(TestSystem::OpenFiles(), openFiles) << row.told;
           all += told;
