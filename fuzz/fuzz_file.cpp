@@ -38,6 +38,12 @@ constexpr FileTokens kTokens[] = {
     {"{\n", " {\n", "}\n", " ", "#", "\t"},  // the keyword and a separator in the start token
 };
 
+// Of the content of a file; some letters stand for tokens.
+constexpr const char* kPieces[] = {
+    "a",  "b",   " ",  "=",  "#",   "\xA0",   "S",     "K a<",  "b<",           "<",        "a/",
+    ">",  ">",   " >", "#>", " #>", "a= 1 /", "=v/",   " b=2/", "  =/",         "k=>",      "k=<",
+    " /", "\r/", "/",  "/",  "0",   "0=/",    "L=>1/", "Lx==/", "\xEF\xBB\xBF", "\xFF=\x85"};
+
 /// Decisions taken from an input, zeros behind its end.
 struct Choices {
   const std::uint8_t *at, *end;
@@ -133,7 +139,8 @@ const std::vector<Step<F>>& Steps() {
     add("count", "", &M::Count, [](S& f, A, A) { return f.GetSectionCount(); });
     add("name", "ce", &M::Name, [](S& f, A, A) { return f.Name(); });
     add("rename", "ce", &M::RenameSection, [](S& f, A a, A) { return f.SetSectionName(a); });
-    add("add", "c", &M::Add, [](S& f, A a, A) { return f.AddSection(a, false); });
+    add("add", "c", &M::Add,
+        [](S& f, A a, A) { return *a != '\0' ? f.AddSection(a, false) : f.AddSection(0); });
     add("front", "c", &M::AddFront, [](S& f, A a, A) { return f.AddSection(a, true); });
     add("insert", "e", &M::Insert, [](S& f, A a, A) { return f.InsertSection(a); });
     add("delete", "e", &M::DeleteSection, [](S& f, A, A) { return f.DeleteSection(); });
@@ -220,41 +227,9 @@ struct Walk {
   }
 
   void Run() {
-    static const char* const lines[] = {"a",
-                                        "b",
-                                        " ",
-                                        "=",
-                                        "#",
-                                        "\xA0",
-                                        "S",
-                                        "K a<",
-                                        "b<",
-                                        "<",
-                                        "a/",
-                                        ">",
-                                        ">",
-                                        " >",
-                                        "#>",
-                                        " #>",
-                                        "a= 1 /",
-                                        "=v/",
-                                        " b=2/",
-                                        "  =/",
-                                        "k=>",
-                                        "k=<",
-                                        " /",
-                                        "\r/",
-                                        "/",
-                                        "/",
-                                        "0",
-                                        "0=/",
-                                        "L=>1/",
-                                        "Lx==/",
-                                        "\xEF\xBB\xBF#",
-                                        "\xFF=\x85"};
     string path = TestFiles::Path("file"), other = TestFiles::Path("other");
     const size_t most = choices.Below(2) == 0 ? 30 : 3;
-    TestFiles::Write(path, choices.Text(most, lines, tokens) + tokens.stop);
+    TestFiles::Write(path, choices.Text(most, kPieces, tokens) + tokens.stop);
     file.AttachToBuffer("", path.c_str());
     model.Attach("");
     for (Read(path, other); file.lines != nullptr && choices.More();) {

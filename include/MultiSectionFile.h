@@ -165,8 +165,9 @@ class ZELCONFUTILS_API MultiSectionFile {
   /// `AddSection("", atFront)`.
   bool AddSection(bool atFront);
 
-  /// Not offered: a name alone would be taken for `atFront`.
-  bool AddSection(const char* name) = delete;
+  /// Not offered: a name alone would be taken for `atFront`. A template, as a 0 is no name.
+  template <class Character>
+  bool AddSection(const Character* name) = delete;
 
   /// Adds an empty section directly in front of the current one; in front of the first, and from
   /// unset, at the very top of the file; from end behind the last line. The new section becomes the
