@@ -11,6 +11,7 @@
 #include <functional>
 #include <new>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -81,6 +82,23 @@ TEST_F(FlatFile, TheSaveBufferGrowsEverMoreRarely) {
       EXPECT_EQ(row, (Row{row[0], file.lines->saveCapacity, file.lines->saveGrowth}));
     }
   }
+}
+
+TYPED_TEST(File, EditsThatTakeEachOtherBackNeedNoMoreMemory) {
+  TypeParam file(kTokens);
+  long blocks = 0;
+  for (int i = 0; i < 3000; ++i) {
+    if (i == 100) blocks = FailingNew::LiveBlocks();
+    file.AddEntry("k", "", true);
+    file.SetEntry("k", "a value that is too long for the room behind the line");
+    file.DeleteEntry("k");
+    if constexpr (std::is_same_v<TypeParam, OpenSectionFile>) {
+      file.AddSection("s", true);
+      file.AddSectionEntry("k", "");
+      file.DeleteSection();
+    }
+  }
+  EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
 }
 
 // Where the system has one, line ends are folded and unfolded, and 0x1A ends the file.
