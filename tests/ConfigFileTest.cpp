@@ -235,6 +235,16 @@ TYPED_TEST(File, ReadAndLoadDoAllOrNothing) {
       [&] { file.Load(); },
       [&](bool failed) { EXPECT_EQ(file.Picture(), failed ? "$; $" : picture); });
   EXPECT_TRUE(reads > 2 && loads > 2) << reads << loads;
+  file.ClearAll();
+  file.lines->AddLine("{\n", true);  // a section without an end: also the message takes memory
+  FailingNew::ForEachAllocation(
+      [&] {
+        try {
+          file.Load();
+        } catch (const ConfigException&) {
+        }
+      },
+      [&](bool failed) { EXPECT_TRUE(!failed || file.Picture() == "$; $"); });
 }
 
 TEST_F(FlatFile, ThePathCheckAsksForTheDirectoryThatThePathNames) {

@@ -97,12 +97,10 @@ void MultiSectionFile::Load() {
     *sectionCursor = sections->End();
     *entryCursor = entries->End();
   };
-  const auto index = [this] { return LoadSections(*lines, Tokens(), *sections, *entries); };
-  TidyOnFailure(
-      [&] {
-        if (!OnFailure<std::bad_alloc>(index, clear)) FileAccess::ThrowCorrupted(path);
-      },
-      [this] { Tidy(); });
+  const auto index = [this] {
+    if (!LoadSections(*lines, Tokens(), *sections, *entries)) FileAccess::ThrowCorrupted(path);
+  };
+  TidyOnFailure([&] { OnFailure<std::bad_alloc>(index, clear); }, [this] { Tidy(); });
   *sectionCursor = sections->First();
   *entryCursor = entries->First();
 }
