@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Draws docs/architecture.svg from the includes of the code:
 #
-#     awk -f docs/architecture.awk include/*.h src/*/*.h src/*/*.cpp > docs/architecture.svg
+#     awk -f docs/architecture.awk include/*.h $(find src -name '*.h' -o -name '*.cpp' | sort) > docs/architecture.svg
 #
 # A box is a group of files. An arrow says "includes"; one that follows from two others is left
 # out. A file without a box, an arrow that points up, and boxes in a ring are errors.

@@ -20,7 +20,7 @@
 #include "SmartBuffer.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
-#include "config/PathCheck.h"
+#include "config/files/PathCheck.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What another program's lock, a full disk or a file that may not be written do to a read and a
 // save.
-#include "config/FileLock.h"
+#include "config/files/FileLock.h"
 
 #include <gtest/gtest.h>
 

@@ -8,8 +8,8 @@
 #include "ConfigException.h"
 #include "ConfigFile.h"
 #include "MultiSectionFile.h"
-#include "config/ConfigEntry.h"
-#include "config/ConfigLineList.h"
+#include "config/entries/ConfigEntry.h"
+#include "config/lines/ConfigLineList.h"
 #include "multisection/ConfigSection.h"
 
 struct FileTokens {

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "config/ConfigLineList.h"
+#include "config/lines/ConfigLineList.h"
 
 namespace {
 

@@ -3,14 +3,14 @@
 
 #include <cstring>
 
-#include "config/ConfigEntry.h"
-#include "config/EntryOperations.h"
-#include "config/EntrySyntax.h"
-#include "config/FileAccess.h"
-#include "config/Refill.h"
-#include "config/Release.h"
-#include "config/Walk.h"
-#include "platform/Text.h"
+#include "config/entries/ConfigEntry.h"
+#include "config/entries/EntryOperations.h"
+#include "config/entries/EntrySyntax.h"
+#include "config/entries/Walk.h"
+#include "config/files/FileAccess.h"
+#include "config/files/Refill.h"
+#include "config/memory/Release.h"
+#include "text/Text.h"
 
 namespace Configuration {
 

@@ -6,7 +6,7 @@
 
 #include "csv/CsvRecordReader.h"
 #include "csv/FieldEnds.h"
-#include "platform/Text.h"
+#include "text/Text.h"
 
 namespace {
 

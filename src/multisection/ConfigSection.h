@@ -7,9 +7,9 @@
 #include <string_view>
 #include <utility>
 
-#include "config/ConfigEntry.h"
-#include "config/ConfigLineList.h"
-#include "config/LinkedList.h"
+#include "config/entries/ConfigEntry.h"
+#include "config/lines/ConfigLineList.h"
+#include "config/memory/LinkedList.h"
 
 namespace Configuration {
 

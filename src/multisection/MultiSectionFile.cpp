@@ -3,15 +3,15 @@
 
 #include <cstring>
 
-#include "config/EntryEdit.h"
-#include "config/EntrySyntax.h"
-#include "config/FileAccess.h"
-#include "config/Refill.h"
-#include "config/Release.h"
+#include "config/entries/EntryEdit.h"
+#include "config/entries/EntrySyntax.h"
+#include "config/files/FileAccess.h"
+#include "config/files/Refill.h"
+#include "config/memory/Release.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionLoad.h"
 #include "multisection/SectionSyntax.h"
-#include "platform/Text.h"
+#include "text/Text.h"
 
 namespace Configuration {
 

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "MultiSectionFile.h"
-#include "config/EntryOperations.h"
-#include "config/Walk.h"
+#include "config/entries/EntryOperations.h"
+#include "config/entries/Walk.h"
 #include "multisection/ConfigSection.h"
 
 namespace Configuration {

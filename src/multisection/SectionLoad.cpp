@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "multisection/SectionLoad.h"
 
-#include "config/EntryEdit.h"
+#include "config/entries/EntryEdit.h"
 
 namespace Configuration {
 

@@ -2,8 +2,8 @@
 #ifndef ZELCONFUTILS_MULTISECTION_SECTION_LOAD_H
 #define ZELCONFUTILS_MULTISECTION_SECTION_LOAD_H
 
-#include "config/ConfigEntry.h"
-#include "config/ConfigLineList.h"
+#include "config/entries/ConfigEntry.h"
+#include "config/lines/ConfigLineList.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionSyntax.h"
 

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "config/EntrySyntax.h"
-#include "platform/Text.h"
+#include "config/entries/EntrySyntax.h"
+#include "text/Text.h"
 
 namespace Configuration::SectionSyntax {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "MultiSectionFile.h"
-#include "config/EntryEdit.h"
-#include "config/Walk.h"
+#include "config/entries/EntryEdit.h"
+#include "config/entries/Walk.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionSyntax.h"
 

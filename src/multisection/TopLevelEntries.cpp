@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The entries outside sections: the operations of the flat file, on this object's members.
 #include "MultiSectionFile.h"
-#include "config/EntryOperations.h"
-#include "config/Walk.h"
+#include "config/entries/EntryOperations.h"
+#include "config/entries/Walk.h"
 
 namespace Configuration {
 

@@ -8,7 +8,7 @@
 #include <limits>
 #include <utility>
 
-#include "platform/Text.h"
+#include "text/Text.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/Text.h"
+#include "text/Text.h"
 
 namespace TextBlock {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_PATH_CHECK_H
-#define ZELCONFUTILS_CONFIG_PATH_CHECK_H
+#ifndef ZELCONFUTILS_FILES_PATH_CHECK_H
+#define ZELCONFUTILS_FILES_PATH_CHECK_H
 
 #include <cstddef>
 #include <memory>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_CONFIG_LINE_LIST_H
-#define ZELCONFUTILS_CONFIG_CONFIG_LINE_LIST_H
+#ifndef ZELCONFUTILS_LINES_CONFIG_LINE_LIST_H
+#define ZELCONFUTILS_LINES_CONFIG_LINE_LIST_H
 
 #include <cstddef>
 #include <cstdio>
@@ -9,8 +9,8 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "config/LinkedList.h"
-#include "config/TextPool.h"
+#include "config/memory/LinkedList.h"
+#include "config/memory/TextPool.h"
 
 namespace Configuration {
 

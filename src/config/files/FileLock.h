@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_FILE_LOCK_H
-#define ZELCONFUTILS_CONFIG_FILE_LOCK_H
+#ifndef ZELCONFUTILS_FILES_FILE_LOCK_H
+#define ZELCONFUTILS_FILES_FILE_LOCK_H
 
 #include <cstdint>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_SLAB_CHAIN_H
-#define ZELCONFUTILS_CONFIG_SLAB_CHAIN_H
+#ifndef ZELCONFUTILS_MEMORY_SLAB_CHAIN_H
+#define ZELCONFUTILS_MEMORY_SLAB_CHAIN_H
 
 #include <cstddef>
 #include <utility>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_PLATFORM_TEXT_H
-#define ZELCONFUTILS_PLATFORM_TEXT_H
+#ifndef ZELCONFUTILS_TEXT_TEXT_H
+#define ZELCONFUTILS_TEXT_TEXT_H
 
 #include <cstddef>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "config/EntryEdit.h"
+#include "config/entries/EntryEdit.h"
 
 #include <cstring>
 
-#include "config/EntrySyntax.h"
-#include "config/Walk.h"
+#include "config/entries/EntrySyntax.h"
+#include "config/entries/Walk.h"
 
 namespace Configuration::EntryEdit {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_ENTRY_EDIT_H
-#define ZELCONFUTILS_CONFIG_ENTRY_EDIT_H
+#ifndef ZELCONFUTILS_ENTRIES_ENTRY_EDIT_H
+#define ZELCONFUTILS_ENTRIES_ENTRY_EDIT_H
 
 #include <cstddef>
 #include <string_view>
 
-#include "config/ConfigEntry.h"
-#include "config/ConfigLineList.h"
+#include "config/entries/ConfigEntry.h"
+#include "config/lines/ConfigLineList.h"
 
 namespace Configuration {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "config/EntrySyntax.h"
+#include "config/entries/EntrySyntax.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "platform/Text.h"
+#include "text/Text.h"
 
 namespace Configuration::EntrySyntax {
 

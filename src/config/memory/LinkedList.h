@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_LINKED_LIST_H
-#define ZELCONFUTILS_CONFIG_LINKED_LIST_H
+#ifndef ZELCONFUTILS_MEMORY_LINKED_LIST_H
+#define ZELCONFUTILS_MEMORY_LINKED_LIST_H
 
 #include <cstddef>
 #include <memory>
@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "config/SlabChain.h"
+#include "config/memory/SlabChain.h"
 
 namespace Configuration {
 

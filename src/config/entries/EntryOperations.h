@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_ENTRY_OPERATIONS_H
-#define ZELCONFUTILS_CONFIG_ENTRY_OPERATIONS_H
+#ifndef ZELCONFUTILS_ENTRIES_ENTRY_OPERATIONS_H
+#define ZELCONFUTILS_ENTRIES_ENTRY_OPERATIONS_H
 
 #include <cstddef>
 
-#include "config/EntryEdit.h"
+#include "config/entries/EntryEdit.h"
 
 /// The operations over the entries of a whole file, with their cursor and flag rules: those of
 /// `ConfigFile`, and those of the top level of `MultiSectionFile`. The public headers tell what

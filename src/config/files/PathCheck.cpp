@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "config/PathCheck.h"
+#include "config/files/PathCheck.h"
 
 #include <cstring>
 
 #include "platform/Platform.h"
-#include "platform/Text.h"
+#include "text/Text.h"
 
 namespace Configuration {
 

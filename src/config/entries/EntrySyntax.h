@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_ENTRY_SYNTAX_H
-#define ZELCONFUTILS_CONFIG_ENTRY_SYNTAX_H
+#ifndef ZELCONFUTILS_ENTRIES_ENTRY_SYNTAX_H
+#define ZELCONFUTILS_ENTRIES_ENTRY_SYNTAX_H
 
 #include <cstddef>
 #include <string_view>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "config/ConfigLineList.h"
+#include "config/lines/ConfigLineList.h"
 
 #include <cstring>
 #include <new>

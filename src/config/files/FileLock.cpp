@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "config/FileLock.h"
+#include "config/files/FileLock.h"
 
 #include "platform/Platform.h"
 

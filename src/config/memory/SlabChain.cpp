@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "config/SlabChain.h"
+#include "config/memory/SlabChain.h"
 
 #include <algorithm>
 #include <new>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_CONFIG_ENTRY_H
-#define ZELCONFUTILS_CONFIG_CONFIG_ENTRY_H
+#ifndef ZELCONFUTILS_ENTRIES_CONFIG_ENTRY_H
+#define ZELCONFUTILS_ENTRIES_CONFIG_ENTRY_H
 
 #include <cstddef>
 #include <string_view>
 
-#include "config/ConfigLineList.h"
-#include "config/LinkedList.h"
+#include "config/lines/ConfigLineList.h"
+#include "config/memory/LinkedList.h"
 
 namespace Configuration {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_REFILL_H
-#define ZELCONFUTILS_CONFIG_REFILL_H
+#ifndef ZELCONFUTILS_FILES_REFILL_H
+#define ZELCONFUTILS_FILES_REFILL_H
 
 #include <new>
 #include <tuple>
@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "ConfigException.h"
-#include "config/Release.h"
+#include "config/memory/Release.h"
 
 namespace Configuration {
 

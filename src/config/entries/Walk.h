@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_WALK_H
-#define ZELCONFUTILS_CONFIG_WALK_H
+#ifndef ZELCONFUTILS_ENTRIES_WALK_H
+#define ZELCONFUTILS_ENTRIES_WALK_H
 
 #include <string_view>
 #include <utility>
 
-#include "config/LinkedList.h"
+#include "config/memory/LinkedList.h"
 
 /// The moves of every cursor that the file classes have: over the entries of a file, the entries
 /// of a section, the sections. `afterDelete` says that a delete has left a cursor on the element

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/Text.h"
+#include "text/Text.h"
 
 #include <cstring>
 

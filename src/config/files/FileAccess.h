@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_FILE_ACCESS_H
-#define ZELCONFUTILS_CONFIG_FILE_ACCESS_H
+#ifndef ZELCONFUTILS_FILES_FILE_ACCESS_H
+#define ZELCONFUTILS_FILES_FILE_ACCESS_H
 
 #include <cstddef>
 
-#include "config/ConfigLineList.h"
-#include "config/FileLock.h"
+#include "config/files/FileLock.h"
+#include "config/lines/ConfigLineList.h"
 
 /// Everything between a file object and the outside: reading, saving, texts in memory, and the
 /// messages that a failure raises. Serves all file classes.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "config/TextPool.h"
+#include "config/memory/TextPool.h"
 
 #include <new>
 

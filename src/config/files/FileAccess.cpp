@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "config/FileAccess.h"
+#include "config/files/FileAccess.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "ConfigException.h"
-#include "config/PathCheck.h"
-#include "config/Refill.h"
+#include "config/files/PathCheck.h"
+#include "config/files/Refill.h"
 #include "platform/Platform.h"
 
 namespace Configuration::FileAccess {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "config/EntryOperations.h"
+#include "config/entries/EntryOperations.h"
 
-#include "config/Walk.h"
+#include "config/entries/Walk.h"
 
 namespace Configuration::EntryOperations {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#ifndef ZELCONFUTILS_CONFIG_TEXT_POOL_H
-#define ZELCONFUTILS_CONFIG_TEXT_POOL_H
+#ifndef ZELCONFUTILS_MEMORY_TEXT_POOL_H
+#define ZELCONFUTILS_MEMORY_TEXT_POOL_H
 
 #include <array>
 #include <cstddef>
 #include <utility>
 
-#include "config/SlabChain.h"
+#include "config/memory/SlabChain.h"
 
 namespace Configuration {
 

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "platform/Text.h"
+#include "text/Text.h"
 
 ConfigException::ConfigException(const char* text) : message(Text::Duplicate(text)) {}
 
