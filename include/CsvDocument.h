@@ -10,7 +10,9 @@
 
 #include "ZelExport.h"
 
+namespace zelconfutils {
 class CsvRecordReader;
+}
 
 /// The byte that separates the fields of a record.
 enum CsvFieldDelimiter : std::int32_t {
@@ -161,7 +163,8 @@ class ZELCONFUTILS_API CsvDocument {
   std::uint32_t rowCount = 0;
   bool recordPresent = false;
   CsvFieldDelimiter delimiterKind = CommaDelimiter;
-  std::shared_ptr<CsvRecordReader> reader;  ///< owns `file`; copies of the document share it
+  /// Owns `file`; copies of the document share it.
+  std::shared_ptr<zelconfutils::CsvRecordReader> reader;
 };
 
 #endif

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr std::size_t kBlockBytes = CsvRecordReader::kBlockBytes;
+constexpr std::size_t kBlockBytes = zelconfutils::CsvRecordReader::kBlockBytes;
 
 using TestFiles::Path;
 
@@ -76,7 +76,7 @@ TEST(Csv, RandomStepsGiveTheRowsOfTheTwins) {
 
 TEST(Csv, ALongRecordKeepsNoRoom) {
   TestFiles::Write(Path("a"), std::string(3 * kBlockBytes, 'f') + "\nb\r\n", std::ios::binary);
-  CsvRecordReader reader;
+  zelconfutils::CsvRecordReader reader;
   reader.Open(Path("a").c_str());
   reader.ReadRecord();
   reader.ReadRecord();

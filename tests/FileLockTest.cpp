@@ -19,6 +19,8 @@
 #include "TestSystem.h"
 #include "platform/Platform.h"
 
+namespace Platform = zelconfutils::Platform;
+
 namespace {
 
 constexpr FileTokens kTokens = {"", "", "", "=", "#", ""};

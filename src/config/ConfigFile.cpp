@@ -12,6 +12,8 @@
 #include "config/memory/Release.h"
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 namespace Configuration {
 
 ConfigFile::ConfigFile() = default;

@@ -8,6 +8,8 @@
 #include "csv/FieldEnds.h"
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 namespace {
 
 constexpr char kTrimSet[] = " ";  // GetCsvFields counts on one byte
@@ -84,7 +86,7 @@ void CsvDocument::SetFieldSpecialToken(const char& token) { specialToken = token
 
 bool CsvDocument::Load(const char* source) {
   std::unique_ptr<char[]> copy(Text::Duplicate(source));
-  auto opened = std::make_shared<CsvRecordReader>();
+  auto opened = std::make_shared<zelconfutils::CsvRecordReader>();
   CleanUp();
   path = copy.release();
   if (path == nullptr) {
@@ -156,7 +158,7 @@ bool CsvDocument::GetCsvFields(CsvDocumentRow* row, const char* record, const st
   std::vector<std::string>& fields = row->fields;
   std::size_t count = 0;
   std::size_t begin = 0;
-  FieldEnds ends(record, size, delimiter);
+  zelconfutils::FieldEnds ends(record, size, delimiter);
   for (std::size_t end = ends.Next(); end < size; end = ends.Next()) {
     const char ending = record[end];
     if (!IsFieldDelimiter(ending) && !IsRowSeparator(ending) && ending != '\0') continue;

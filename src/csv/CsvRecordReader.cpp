@@ -10,6 +10,8 @@
 
 #include "platform/Platform.h"
 
+namespace zelconfutils {
+
 namespace {
 
 // A record's size is told in 32 bits and counts a NUL behind it.
@@ -73,3 +75,5 @@ std::size_t CsvRecordReader::FindLineEnd() {
   if (nextLf_ < at_) nextLf_ = Find('\n');
   return std::min(nextCr_, nextLf_);
 }
+
+}  // namespace zelconfutils

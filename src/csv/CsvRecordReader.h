@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+namespace zelconfutils {
+
 /// Cuts a file into records. It owns the open stream, one block of the file, and the record in
 /// hand, so that the documents that share it read on where the last of them stopped.
 class CsvRecordReader {
@@ -54,5 +56,7 @@ class CsvRecordReader {
   std::string record_;
   bool unread_ = false;  // the next ReadRecord keeps record_
 };
+
+}  // namespace zelconfutils
 
 #endif

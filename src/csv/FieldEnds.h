@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace zelconfutils {
+
 /// Goes through the places of a text where a field may end: every delimiter, and every byte below
 /// 0x0E, NUL, LF and CR among them. A few too many cost less than four comparisons for each byte;
 /// the caller tells them apart.
@@ -70,5 +72,7 @@ class FieldEnds {
   std::size_t mapped_ = 0;  // where it ends
   std::uint64_t ends_ = 0;  // the map: the places not yet delivered
 };
+
+}  // namespace zelconfutils
 
 #endif

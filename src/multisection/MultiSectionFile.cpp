@@ -13,6 +13,8 @@
 #include "multisection/SectionSyntax.h"
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 namespace Configuration {
 
 namespace {

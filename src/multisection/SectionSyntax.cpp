@@ -6,6 +6,8 @@
 #include "config/entries/EntrySyntax.h"
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 namespace Configuration::SectionSyntax {
 
 using EntrySyntax::Find;

@@ -11,6 +11,8 @@
 
 #include "platform/Platform.h"
 
+namespace Platform = zelconfutils::Platform;
+
 StreamIterator::StreamIterator() = default;
 StreamIterator::StreamIterator(const StreamIterator&) = default;
 StreamIterator& StreamIterator::operator=(const StreamIterator&) = default;

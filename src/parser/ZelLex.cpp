@@ -10,6 +10,8 @@
 
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 namespace {
 
 constexpr signed char kEndMark = -1;

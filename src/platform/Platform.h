@@ -8,7 +8,7 @@
 
 /// All that the library asks of the system. One source file per system implements it; CMake
 /// chooses which. No function throws, and none keeps state.
-namespace Platform {
+namespace zelconfutils::Platform {
 
 /// `fopen`, but a directory is refused on every system. Null on failure, with the reason in
 /// `errno`.
@@ -46,6 +46,6 @@ constexpr std::size_t kLargePageBytes = std::size_t{1} << 21;  // on x86-64 and 
 /// hint, with no effect where the system has none.
 void PreferLargePages(void* block, std::size_t bytes);
 
-}  // namespace Platform
+}  // namespace zelconfutils::Platform
 
 #endif

@@ -12,7 +12,7 @@
 #include <ctime>
 #include <memory>
 
-namespace Platform {
+namespace zelconfutils::Platform {
 
 std::FILE* OpenFile(const char* path, const char* mode) {
   std::FILE* stream = std::fopen(path, mode);
@@ -89,4 +89,4 @@ void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t
 #endif
 }
 
-}  // namespace Platform
+}  // namespace zelconfutils::Platform

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 
-namespace Platform {
+namespace zelconfutils::Platform {
 
 namespace {
 
@@ -67,4 +67,4 @@ bool IsDirectory(const char* path) {
 // Large pages take a right here that few users have.
 void PreferLargePages(void*, std::size_t) {}
 
-}  // namespace Platform
+}  // namespace zelconfutils::Platform

@@ -6,7 +6,7 @@
 
 #include "text/Text.h"
 
-namespace TextBlock {
+namespace zelconfutils::TextBlock {
 
 void Set(char*& block, const char* text) {
   if (text == nullptr) return;
@@ -35,4 +35,4 @@ bool Match(const char* left, const char* right) {
   return Text::EqualIgnoringCase(left, right);
 }
 
-}  // namespace TextBlock
+}  // namespace zelconfutils::TextBlock

@@ -8,7 +8,7 @@
 /// from `new char[]` with the text, its NUL and zeros up to the end. An owner that sets several
 /// texts in one step makes the missing blocks first (`Set` on a field of a temporary owner) and
 /// then calls `Adopt`, so that nothing has changed when an allocation fails.
-namespace TextBlock {
+namespace zelconfutils::TextBlock {
 
 inline constexpr std::size_t kBytes = 512;  // of each block, the NUL included
 
@@ -26,6 +26,6 @@ void Wipe(char* block);
 /// Both null, or both present and equal with ASCII case ignored.
 bool Match(const char* left, const char* right);
 
-}  // namespace TextBlock
+}  // namespace zelconfutils::TextBlock
 
 #endif

@@ -7,6 +7,8 @@
 
 #include "sections/TextBlock.h"
 
+namespace TextBlock = zelconfutils::TextBlock;
+
 namespace {
 
 // `text` where `block` is missing: what a temporary owner has to make a block for.

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace Text {
+namespace zelconfutils::Text {
 
 bool EqualIgnoringCase(const char* left, const char* right) {
   while (*left != '\0' && ToLower(*left) == ToLower(*right)) {
@@ -21,4 +21,4 @@ char* Duplicate(const char* text) {
   return copy;
 }
 
-}  // namespace Text
+}  // namespace zelconfutils::Text

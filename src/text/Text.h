@@ -6,7 +6,7 @@
 
 /// Rules on bytes that must not depend on the locale that the host program has set: all classes
 /// are those of the "C" locale, so that no byte from 0x80 up is a letter, a digit or white space.
-namespace Text {
+namespace zelconfutils::Text {
 
 /// Blank, tab, line feed, vertical tab, form feed, carriage return.
 constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
@@ -25,6 +25,6 @@ bool EqualIgnoringCase(const char* left, const char* right);
 /// null. Throws `std::bad_alloc`.
 char* Duplicate(const char* text);
 
-}  // namespace Text
+}  // namespace zelconfutils::Text
 
 #endif

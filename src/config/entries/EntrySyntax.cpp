@@ -6,6 +6,8 @@
 
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 namespace Configuration::EntrySyntax {
 
 EntrySpans Parse(std::string_view line, std::size_t separatorAt, std::size_t separatorLength) {

@@ -5,6 +5,8 @@
 
 #include "text/Text.h"
 
+namespace Text = zelconfutils::Text;
+
 ConfigException::ConfigException(const char* text) : message(Text::Duplicate(text)) {}
 
 ConfigException::ConfigException(const ConfigException& other)

@@ -14,6 +14,8 @@
 #include "config/files/Refill.h"
 #include "platform/Platform.h"
 
+namespace Platform = zelconfutils::Platform;
+
 namespace Configuration::FileAccess {
 
 namespace {

@@ -3,6 +3,8 @@
 
 #include "platform/Platform.h"
 
+namespace Platform = zelconfutils::Platform;
+
 namespace Configuration {
 
 namespace {

@@ -6,6 +6,9 @@
 #include "platform/Platform.h"
 #include "text/Text.h"
 
+namespace Platform = zelconfutils::Platform;
+namespace Text = zelconfutils::Text;
+
 namespace Configuration {
 
 namespace {

@@ -7,6 +7,8 @@
 
 #include "platform/Platform.h"
 
+namespace Platform = zelconfutils::Platform;
+
 namespace Configuration {
 
 namespace {

@@ -6,6 +6,8 @@
 
 #include "platform/Platform.h"
 
+namespace Platform = zelconfutils::Platform;
+
 namespace Configuration {
 
 using Platform::kLargePageBytes;
