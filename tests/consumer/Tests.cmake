@@ -22,4 +22,18 @@ add_test(NAME installed_library COMMAND bash ${consumer}/check.sh ${installed})
 set_tests_properties(installed_library PROPERTIES TIMEOUT 120
   ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER};CXXFLAGS=${CMAKE_CXX_FLAGS}")
 
+# A program may have names of the library's inside for its own; what the library defines keeps out.
+add_library(zelconfutils_archive STATIC $<TARGET_OBJECTS:zelconfutils_objects>)
+set_target_properties(zelconfutils_archive PROPERTIES LINKER_LANGUAGE CXX)
+add_executable(foreign_names ${consumer}/foreign_names.cpp)
+target_compile_features(foreign_names PRIVATE cxx_std_17)
+target_compile_definitions(foreign_names PRIVATE ZELCONFUTILS_STATIC)
+target_include_directories(foreign_names PRIVATE ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(foreign_names PRIVATE zelconfutils_archive $<$<BOOL:${MINGW}>:-static>)
+add_test(NAME foreign_names COMMAND foreign_names)
+if(NOT WIN32 AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+  add_test(NAME defined_names COMMAND bash ${consumer}/check.sh names
+           $<TARGET_FILE:zelconfutils_archive>)
+endif()
+
 add_test(NAME include_rules COMMAND bash ${consumer}/../include_rules.sh)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Uses the library as its users do: check.sh installed BUILD | subproject | package BUILD
+# Uses the library as its users do: check.sh installed BUILD | subproject | package BUILD | names ARCHIVE
 # CXX and CXXFLAGS are the compiler and flags of the user.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -42,6 +42,16 @@ shared_library() {
     [ "$name" = ZelLexToken ] || grep -qE "^(Configuration::)?$name(<ZelSection>)?::$name\(" "$scratch/exports" ||
       fail "no constructor of $name is exported"
   done
+}
+
+# names ARCHIVE: what a static library defines for the linker lies in our namespaces or is a member of an exported
+# class. The templates of the standard library and the compiler's own helpers are nobody's.
+names() {
+  nm -C --defined-only --extern-only --no-sort "$1" | sed -nE 's/^[0-9a-f]{16} [A-Za-z] //p' | sort -u >"$scratch/names"
+  [ "$(wc -l <"$scratch/names")" -gt 200 ] || fail "not the whole library: $1"
+  same "names at top level" "" "$(grep -vE \
+    "^((vtable|typeinfo( name)?|non-virtual thunk|guard variable) (for|to) )?((Configuration|zelconfutils)::|($(exported_classes))(<ZelSection>)?(::|$))" \
+    "$scratch/names" | grep -vE '^([a-z ]+[*&]? )?(std|__gnu_cxx|__cxxabiv1)::|^(vtable|typeinfo( name)?) for std::|^(DW\.ref\.|__clang_call_terminate$)' || true)"
 }
 
 # use PREFIX: an installed tree, found as CMake and pkg-config find it.
