@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Building, walking, copying and releasing a tree of sections. Beside it the same tree of plain
-// containers, with texts of their own length, and the limit: the bare allocations of a copy.
+// Building, walking, copying and releasing a tree of sections, per node, beside the same tree of
+// plain containers with texts of their own length.
 #include <benchmark/benchmark.h>
 
-#include <cstring>
 #include <list>
 #include <memory>
 #include <string>
@@ -16,7 +15,6 @@ namespace {
 // 1 root, kFan children, kFan grandchildren of each; kEntries entries of two texts in each.
 constexpr int kFan = 32, kEntries = 4;
 constexpr int kNodes = 1 + kFan + kFan * kFan;
-constexpr std::size_t kBlockBytes = 512;
 const char* const kName = "a section's name";
 const char* const kKey = "a_usual_key";
 const char* const kValue = "a value of usual length, 40 bytes or so";
@@ -39,20 +37,21 @@ void Fill(PlainNode& node) {
   for (int i = 0; i < kEntries; ++i) node.entries.push_back({kKey, kValue, {}});
 }
 
-ZelSectionHolder::TreeNode* Child(ZelSectionHolder::TreeNode* node) {
+ZelSectionHolder::TreeNode* AddChild(ZelSectionHolder::TreeNode* node) {
   ZelSectionHolder::TreeNode* child = node->AddChild(ZelSection());
   Fill(*child->GetData());
   return child;
 }
-PlainNode* Child(PlainNode* node) {
+PlainNode* AddChild(PlainNode* node) {
   Fill(node->children.emplace_back());
   return &node->children.back();
 }
+
 template <class Node>
 void Grow(Node* root) {
   for (int i = 0; i < kFan; ++i) {
-    Node* child = Child(root);
-    for (int j = 0; j < kFan; ++j) Child(child);
+    Node* child = AddChild(root);
+    for (int j = 0; j < kFan; ++j) AddChild(child);
   }
 }
 void Build(ZelSectionHolder& tree) {
@@ -64,128 +63,55 @@ void Build(PlainNode& root) {
   Grow(&root);
 }
 
-// Only the named step is timed; the others run while the clock stands.
-template <class Tree>
-void BM_Build(benchmark::State& state) {
-  for (auto _ : state) {
-    auto tree = std::make_unique<Tree>();
-    Build(*tree);
-    state.PauseTiming();
-    tree.reset();
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * kNodes);
-}
-template <class Tree>
-void BM_Copy(benchmark::State& state) {
-  Tree origin;
-  Build(origin);
-  for (auto _ : state) {
-    auto tree = std::make_unique<Tree>();
-    *tree = origin;  // the whole tree
-    state.PauseTiming();
-    tree.reset();
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * kNodes);
-}
-template <class Tree>
-void BM_Release(benchmark::State& state) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto tree = std::make_unique<Tree>();
-    Build(*tree);
-    state.ResumeTiming();
-    tree.reset();
-  }
-  state.SetItemsProcessed(state.iterations() * kNodes);
-}
-BENCHMARK(BM_Build<ZelSectionHolder>);
-BENCHMARK(BM_Build<PlainNode>);
-BENCHMARK(BM_Copy<ZelSectionHolder>);
-BENCHMARK(BM_Copy<PlainNode>);
-BENCHMARK(BM_Release<ZelSectionHolder>);
-BENCHMARK(BM_Release<PlainNode>);
-
-// The limit: the same allocations in the same order, with the blocks filled, and nothing else.
-class Allocations {
- public:
-  Allocations() { blocks.reserve(kNodes * (3 + 1 + 3 * kEntries)); }
-  void Make() {
-    for (int node = 0; node < kNodes; ++node) {
-      Add(sizeof(ZelSectionHolder::TreeNode));
-      Add(3 * sizeof(void*));  // its link in the parent's list
-      AddText();
-      Add(kEntries * sizeof(void*));
-      for (int entry = 0; entry < kEntries; ++entry) {
-        Add(sizeof(ZelSectionEntry));
-        AddText();
-        AddText();
-      }
-    }
-  }
-  void Release() { blocks.clear(); }
-
- private:
-  char* Add(std::size_t bytes) { return blocks.emplace_back(new char[bytes]).get(); }
-  void AddText() {
-    const std::size_t length = std::strlen(kValue);
-    char* block = Add(kBlockBytes);
-    std::memcpy(block, kValue, length);
-    std::memset(block + length, 0, kBlockBytes - length);
-  }
-
-  std::vector<std::unique_ptr<char[]>> blocks;
-};
-
-void BM_LimitOfCopy(benchmark::State& state) {
-  Allocations allocations;
-  for (auto _ : state) {
-    allocations.Make();
-    state.PauseTiming();
-    allocations.Release();
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * kNodes);
-}
-void BM_LimitOfRelease(benchmark::State& state) {
-  Allocations allocations;
-  for (auto _ : state) {
-    state.PauseTiming();
-    allocations.Make();
-    state.ResumeTiming();
-    allocations.Release();
-  }
-  state.SetItemsProcessed(state.iterations() * kNodes);
-}
-BENCHMARK(BM_LimitOfCopy);
-BENCHMARK(BM_LimitOfRelease);
-
 std::size_t visited = 0;
 bool Visit(ZelSection* section) {
   visited += section->GetEntryList()->size();
   return true;
 }
-void PlainWalk(PlainNode& node) {
+void Visit(PlainNode& node) {
   visited += node.entries.size();
-  for (PlainNode& child : node.children) PlainWalk(child);
+  for (PlainNode& child : node.children) Visit(child);
 }
-void BM_Walk(benchmark::State& state) {
-  ZelSectionHolder tree;
+void WalkAll(ZelSectionHolder& tree) { tree.GetRootItem()->Traverse(Visit); }
+void WalkAll(PlainNode& root) { Visit(root); }
+
+void Report(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * kNodes); }
+
+template <class Tree>
+void BuildAndRelease(benchmark::State& state) {
+  for (auto _ : state) {
+    Tree tree;
+    Build(tree);
+  }
+  Report(state);
+}
+
+template <class Tree>
+void CopyAndRelease(benchmark::State& state) {
+  Tree origin;
+  Build(origin);
+  for (auto _ : state) {
+    Tree tree;
+    tree = origin;  // the whole tree
+  }
+  Report(state);
+}
+
+template <class Tree>
+void Walk(benchmark::State& state) {
+  Tree tree;
   Build(tree);
-  for (auto _ : state) tree.GetRootItem()->Traverse(Visit);
+  for (auto _ : state) WalkAll(tree);
   benchmark::DoNotOptimize(visited);
-  state.SetItemsProcessed(state.iterations() * kNodes);
+  Report(state);
 }
-void BM_WalkPlain(benchmark::State& state) {
-  PlainNode tree;
-  Build(tree);
-  for (auto _ : state) PlainWalk(tree);
-  benchmark::DoNotOptimize(visited);
-  state.SetItemsProcessed(state.iterations() * kNodes);
-}
-BENCHMARK(BM_Walk);
-BENCHMARK(BM_WalkPlain);
+
+BENCHMARK(BuildAndRelease<ZelSectionHolder>);
+BENCHMARK(BuildAndRelease<PlainNode>);
+BENCHMARK(CopyAndRelease<ZelSectionHolder>);
+BENCHMARK(CopyAndRelease<PlainNode>);
+BENCHMARK(Walk<ZelSectionHolder>);
+BENCHMARK(Walk<PlainNode>);
 
 }  // namespace
 

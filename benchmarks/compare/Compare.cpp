@@ -160,8 +160,6 @@ struct Contender {
   const char* name;
   const char* program;
   const char* steps;  // in one process; those behind a bar in another
-  const char* smallCopies = kSmallCopies;
-  const char* smallRepeats = kSmallRepeats;
 };
 
 struct KeyFileScenario {
@@ -271,8 +269,8 @@ class Comparison {
                            file,
                            target,
                            scenario.probes,
-                           scenario.small ? contender.smallCopies : "1",
-                           scenario.small ? contender.smallRepeats : "1"};
+                           scenario.small ? kSmallCopies : "1",
+                           scenario.small ? kSmallRepeats : "1"};
     std::istringstream words(steps);
     for (std::string step; words >> step;) arguments.push_back(step);
     if (!scenario.small) WarmMemory(sizes.warmedBytes);
@@ -395,7 +393,6 @@ const std::vector<Contender> kSmallFlat = {
     {"inih", "keyfile_inih", "load lookup release"},
     {"iniparser", "keyfile_iniparser", "load lookup walk save edit release|job"},
     {"libini_config", "keyfile_libini_config", "load lookup walk save edit release|job"},
-    {"Augeas", "keyfile_augeas", "load lookup edit release|job", "1", "2"},
 };
 
 const std::vector<Contender> kCsv = {
