@@ -18,6 +18,7 @@ if [ -z "${BARE_SYSTEM:-}" ]; then
   BARE_SYSTEM=$(mktemp -d)
   export BARE_SYSTEM
   child=
+  # shellcheck disable=SC2317  # by way of the trap
   remove() {
     [ -z "$child" ] || kill "$child" 2>/dev/null || true
     rm -rf --one-file-system "$BARE_SYSTEM" 2>/dev/null || { sleep 2 && rm -rf --one-file-system "$BARE_SYSTEM"; }
@@ -42,7 +43,6 @@ fi
 [ $# -gt 0 ] || set -- demo test
 
 # The machine's own mirror of Debian 12, and its way there.
-# shellcheck disable=SC2016
 sources=$(apt-get indextargets --no-release-info --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' \
   'Identifier: Packages' 2>/dev/null | grep -E ' bookworm(-[a-z]+)? main$' | sort -u) || true
 mirror=$(sed -n 's/^deb \(.*\) bookworm main$/\1/p' <<<"$sources" | head -n 1)

@@ -77,6 +77,7 @@ use() {
   same "static flag of pkg-config" "$([ -n "$shared" ] || echo -DZELCONFUTILS_STATIC)" \
     "$(pkg-config --cflags-only-other zelconfutils | tr -d ' ')"
   # Hidden visibility in the program: the exception must be caught all the same.
+  # shellcheck disable=SC2046,SC2086  # flags are several words
   quiet "${CXX:-c++}" ${CXXFLAGS:-} -std=c++17 -fvisibility=hidden "$here/consumer.cpp" -o "$scratch/consumer" \
     $(pkg-config --cflags --libs zelconfutils)
   same "by pkg-config" "$printed" "$("$scratch/consumer")"
