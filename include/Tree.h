@@ -7,12 +7,17 @@
 #include "ZelExport.h"
 #include "ZelSection.h"
 
+namespace zelconfutils {
+template <class Data>
+class TreeChild;
+}
+
 /// A tree of sections: one root, which always exists, and nodes below it, each with a list of
 /// its own for its children. A node without children has no list. The template is made for
 /// `ZelSection` alone; its members are compiled into the library. Use it as `ZelSectionHolder`.
 ///
-/// A failed allocation throws `std::bad_alloc` and changes nothing. No locks: one thread at a
-/// time.
+/// A tree may be as deep as memory allows: nothing here needs more stack for a deeper one. A failed
+/// allocation throws `std::bad_alloc` and changes nothing. No locks: one thread at a time.
 template <class Data>
 class ZELCONFUTILS_API Tree {
  public:
@@ -35,10 +40,10 @@ class ZELCONFUTILS_API Tree {
     /// Walks this node and those below it, siblings in order. `enter` false: neither the node's
     /// children nor `leave` are called for it, and the walk goes on with its next sibling. Else
     /// `leave` follows the children; its result is ignored. Neither callback may be null.
-    /// Recursion is as deep as the tree.
+    /// Allocates nothing.
     virtual void Traverse(Callback enter, Callback leave);
 
-    /// The same walk with one callback, in front of each node's children.
+    /// The same walk with one callback, before each node's children.
     virtual void Traverse(Callback visit);
 
     /// Appends a new node with a copy of `section`, which may be this node's own. The node, which
@@ -53,12 +58,15 @@ class ZELCONFUTILS_API Tree {
 
    private:
     friend class Tree;
+    friend class zelconfutils::TreeChild<Data>;
     using ChildList = std::list<TreeNode*>;
 
     TreeNode() = default;
     TreeNode(TreeNode* parent, const Data& section);
-    TreeNode(const TreeNode& other);           // one level deep; no parent
-    void CopyChildren(const TreeNode& other);  // appends copies of all nodes below `other`
+    TreeNode(const TreeNode& other);  // one level deep; no parent
+    template <class Node, class Enter, class Leave>
+    static void Walk(Node* top, Enter enter, Leave leave);  // over `top` and all below it
+    void CopyChildren(const TreeNode& other);               // appends copies of all below `other`
     void DeleteChildren();
 
     TreeNode* parent = nullptr;     // of the root: itself, or null in a tree made by copying
@@ -73,14 +81,13 @@ class ZELCONFUTILS_API Tree {
   /// deeper is not copied: the copied children have no children. To copy a whole tree, assign it.
   Tree(const Tree& other);
 
-  /// Destroys all nodes, from the first to the last, children before their parent. Recursion is
-  /// as deep as the tree.
+  /// Destroys all nodes, from the first to the last, children before their parent.
   virtual ~Tree();
 
   /// Assigns the root's section with `ZelSection::operator=`, so that the entries of this root
-  /// stay in front of the copies; destroys the nodes below this root and puts copies of all
-  /// nodes below the root of `other` in their place. The root node itself stays. Assigning a
-  /// tree to itself changes nothing. Recursion is as deep as the trees.
+  /// stay before the copies; destroys the nodes below this root and puts copies of all nodes below
+  /// the root of `other` in their place. The root node itself stays. Assigning a tree to itself
+  /// changes nothing.
   Tree& operator=(const Tree& other);
 
   /// The root: the same node on every call, never null. It belongs to the tree.
@@ -100,7 +107,7 @@ class ZELCONFUTILS_API Tree {
 
 extern template class Tree<ZelSection>;
 
-/// The tree that callers use; each operation does what its twin in `Tree` does.
+/// The tree that callers use; each operation does what that of `Tree` does.
 ///
 ///     ZelSectionHolder tree;
 ///     ZelSection* server = tree.GetRootItem()->AddChild(ZelSection("server"))->GetData();
