@@ -50,7 +50,7 @@ names() {
   nm -C --defined-only --extern-only --no-sort "$1" | sed -nE 's/^[0-9a-f]{16} [A-Za-z] //p' | sort -u >"$scratch/names"
   [ "$(wc -l <"$scratch/names")" -gt 200 ] || fail "not the whole library: $1"
   same "names at top level" "" "$(grep -vE \
-    "^((vtable|typeinfo( name)?|non-virtual thunk|guard variable) (for|to) )?((Configuration|zelconfutils)::|($(exported_classes))(<ZelSection>)?(::|$))" \
+    "^(([a-z ]+[*&]? )?|(vtable|typeinfo( name)?|non-virtual thunk|guard variable) (for|to) )((Configuration|zelconfutils)::|($(exported_classes))(<ZelSection>)?(::|$))" \
     "$scratch/names" | grep -vE '^([a-z ]+[*&]? )?(std|__gnu_cxx|__cxxabiv1)::|^(vtable|typeinfo( name)?) for std::|^(DW\.ref\.|__clang_call_terminate$)' || true)"
 }
 
