@@ -39,6 +39,7 @@ comments, \`#\` and \`;\`|# top\n; second\n[server]\n# not 8443\n{port:8080}\n;o
 blank lines, several in a row|\n\n[server]\n\n{port:8080}\n\n\n{host:a}\n{}
 the key is missing: added|[server]\n{host:a}\n{}
 the same, no line feed at the end|[server]\n{host:a}
+the same, CR LF line ends|[server]\r\n{host:a}\r\n{}
 the same, another section follows|[server]\n{host:a}\n{}[client]\n{a:1}\n{}
 no line feed at the end|[server]\n{host:a}\n{port:8080}
 CR LF line ends|[server]\r\n{port:8080}\r\n{host:a}\r\n{}
@@ -125,13 +126,16 @@ TEXT
 edit_gkeyfile() { ./set_gkeyfile f server port 9090; }
 
 # Whether something differs from the original, and that is the edit. An added line may have been given the line
-# feed that the last line lacked; which blanks it has is the tool's business, its section is not.
+# feed that the last line lacked; which blanks it has is the tool's business, its section and its line
+# end are not.
 meant() {
   cmp -s "$1" original && return 1
   if grep -qa 808 original; then
     cmp -s "$1" <(sed 's/8080x*/9090/' original) || cmp -s "$1" <(sed 's/8081/9090/' original)
   else
-    local added=$'^[ \t]*(port|rotate)[ \t]*[= ][ \t]*9090\r*$'
+    local end='' added
+    grep -q $'\r' original && end=$'\r'
+    added=$'^[ \t]*(port|rotate)[ \t]*[= ][ \t]*9090'"$end"'$'
     [ "$(grep -cE "$added" "$1")" -eq 1 ] &&
       ! sed '/^\[client\]/,$d' "$1" | grep -vE "$added" | cmp -s - /dev/null &&
       sed '/^\[client\]/,$d' "$1" | grep -qE "$added" &&
