@@ -9,7 +9,7 @@ install(TARGETS zelconfutils EXPORT zelconfutils
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
-  INCLUDES DESTINATION ${headers})
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${headers})  # both spellings, as below
 install(DIRECTORY include/ DESTINATION ${headers} COMPONENT development
         FILES_MATCHING PATTERN "*.h")
 
@@ -27,8 +27,7 @@ install(FILES ${PROJECT_BINARY_DIR}/zelconfutils-config-version.cmake
         DESTINATION ${package} COMPONENT development)
 
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-file(RELATIVE_PATH pc_headers ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
-     ${CMAKE_INSTALL_FULL_INCLUDEDIR}/zelconfutils)
+file(RELATIVE_PATH pc_headers ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 set(pc_static "")
 if(NOT BUILD_SHARED_LIBS)
   set(pc_static " -DZELCONFUTILS_STATIC")

@@ -27,7 +27,8 @@ page() {
   demo | awk 'FNR == NR { text = text $0 "\n"; next }
     /^== / && !shown { printf "%s", text; shown = inside = 1 }
     /^```$/ { inside = 0 }
-    !inside' - README.md
+    !inside
+    END { exit !shown }' - README.md
 }
 
 build=$1

@@ -21,6 +21,12 @@ files() {
   if [ -n "$shared" ]; then printf "$1/%s\n" libzelconfutils.so{,.1,.1.0.0}; else echo "$1/libzelconfutils.a"; fi
 }
 
+# tree PREFIX: the files there, but for what only packages have.
+tree() {
+  (cd "$1" && find . ! -type d ! -path './share/*' |
+    sed -E 's,^\./,,; s/-config-(release|debug|noconfig)/-config-TYPE/' | sort)
+}
+
 exported_classes() { sed -nE 's/^(class|struct) ZELCONFUTILS_API (\w+).*/\2/p' "$root"/include/*.h | paste -sd'|'; }
 
 # shared_library FILE: its name, what it needs, and that our classes, all of them, are what it exports.
@@ -28,6 +34,7 @@ shared_library() {
   local classes name
   dynamic=$(readelf -dW "$1")
   same SONAME libzelconfutils.so.1 "$(sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p' <<<"$dynamic")"
+  [[ $dynamic == *BIND_NOW* && $(readelf -lW "$1") == *GNU_RELRO* ]] || fail "not read-only once it is linked"
   same RUNPATH "" "$(grep -E 'RPATH|RUNPATH' <<<"$dynamic" || true)"
   [[ " ${CXXFLAGS:-} " == *-fsanitize* ]] ||
     same "other libraries needed" "" "$(sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p' <<<"$dynamic" |
@@ -60,9 +67,7 @@ use() {
   library=$(find "$1" -name 'libzelconfutils.so' -o -name 'libzelconfutils.a')
   libdir=$(dirname "$library")
   shared=$([[ $library != *.so ]] || echo yes)
-  same "installed files" "$(files "${libdir#"$1"/}" | sort)" \
-    "$(cd "$1" && find . ! -type d ! -path './share/*' |
-      sed -E 's,^\./,,; s/-config-(release|debug|noconfig)/-config-TYPE/' | sort)"
+  same "installed files" "$(files "${libdir#"$1"/}" | sort)" "$(tree "$1")"
   same "installed paths of this build" "" "$(grep -rlIF -e "$root" -e "$scratch" "$1" || true)"
   [ -z "$shared" ] || shared_library "$library"
 
@@ -98,12 +103,10 @@ installed_dll() {
   mv "$scratch/first" "$prefix"
   shared=
   same "installed files" "$({ files lib | grep -v '^lib/lib' && printf '%s\n' bin/zelconfutils.dll \
-      lib/libzelconfutils.dll.a lib/zelconfutils.def; } | sort)" \
-    "$(cd "$prefix" && find . ! -type d ! -path './share/*' |
-      sed -E 's,^\./,,; s/-config-(release|debug|noconfig)/-config-TYPE/' | sort)"
+      lib/libzelconfutils.dll.a lib/zelconfutils.def; } | sort)" "$(tree "$prefix")"
   imports=$(objdump -p "$prefix/bin/zelconfutils.dll")
   same "other libraries needed" "" "$(sed -n 's/.*DLL Name: //p' <<<"$imports" |
-    grep -viE '^(libstdc\+\+-6|libgcc_s_seh-1|libwinpthread-1|kernel32|msvcrt)\.dll$' || true)"
+    grep -viE '^(libstdc\+\+-6|libgcc_s_(seh|dw2|sjlj)-1|libwinpthread-1|kernel32|msvcrt)\.dll$' || true)"
   grep -q DisableThreadLibraryCalls <<<"$imports" || fail "the load entry is not ours"
   same "foreign names exported" "" "$(sed -n 's/^ *\([^ ]*\) @.*/\1/p' "$prefix/lib/zelconfutils.def" | c++filt |
     grep -vE "^((vtable|typeinfo( name)?) for )?(Configuration::)?($(exported_classes))(<ZelSection>)?(::.*)?$" || true)"
@@ -114,22 +117,27 @@ installed_dll() {
   same "by find_package" "$printed" "$("$3" "$scratch/find_package/consumer.exe" | tr -d '\r')"
 }
 
-# The sources as a part of a larger project: nothing but the target comes in.
+# The sources as a part of a larger project. Nothing but the target comes in, and what the parent
+# installs starts: a static library is in the program; a shared one is installed where that is wanted.
 subproject() {
-  local way kind build
-  while read -r way kind; do
-    quiet configure "$way" -DLIBRARY_SOURCE="$root" -DBUILD_SHARED_LIBS="$kind" -DCMAKE_BUILD_TYPE=Release \
-      -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
-    build=$scratch/$way
+  local way kind install build prefix
+  while read -r way kind install; do
+    build=$scratch/$way-$kind-$install
+    kind=${kind/-/}
+    prefix=$build/prefix
+    quiet configure "$way" -B "$build" -DLIBRARY_SOURCE="$root" ${kind:+-DBUILD_SHARED_LIBS="$kind"} \
+      -DZELCONFUTILS_INSTALL="$install" -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
     quiet cmake --build "$build"
     same "$way" "$printed" "$("$build/consumer")"
     same "$way: tests" "Total Tests: 1" "$(cd "$build" && ctest -N | grep Total)"
-    quiet cmake --install "$build" --prefix "$build/prefix"
-    same "$way: installed files" "$build/prefix/bin/consumer" "$(find "$build/prefix" -type f)"
+    quiet cmake --install "$build" --prefix "$prefix"
+    shared=${kind/OFF/}
+    same "$way: installed files" "$({ [ "$install" = OFF ] || files lib; echo bin/consumer; } | sort)" "$(tree "$prefix")"
+    [ -n "$shared" ] && [ "$install" = OFF ] || same "$way: installed program" "$printed" "$("$prefix/bin/consumer")"
     same "$way: flags of the parent" "" \
       "$(grep '"command".*consumer.cpp' "$build/compile_commands.json" | grep -oE ' -(W|f|DZELCONFUTILS_B)[^ ]*' || true)"
-    printf '%s with BUILD_SHARED_LIBS=%s: ok\n' "$way" "$kind"
-  done <<<$'add_subdirectory ON\nFetchContent OFF'
+    printf '%s, BUILD_SHARED_LIBS=%s, ZELCONFUTILS_INSTALL=%s: ok\n' "$way" "${kind:-(undefined)}" "$install"
+  done <<<$'add_subdirectory - OFF\nadd_subdirectory ON OFF\nFetchContent OFF ON\nFetchContent ON ON'
 }
 
 # debs FOLDER: the packages of the sources in that folder.

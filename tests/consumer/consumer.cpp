@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
-// A user's program: one class of each family, and an exception that the library throws.
+// A user's program: one class of each family, and an exception that the library throws. Headers are
+// found by their names alone and in the library's folder, in one program and both ways.
+#include <zelconfutils/ConfigFile.h>
+#include <zelconfutils/ZelSection.h>
+
 #include <cstdio>
 
 #include "ConfigFile.h"
