@@ -12,6 +12,8 @@ install(TARGETS zelconfutils EXPORT zelconfutils
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${headers})  # both spellings, as below
 install(DIRECTORY include/ DESTINATION ${headers} COMPONENT development
         FILES_MATCHING PATTERN "*.h")
+# Of a component that no Debian package has: these have a file of their own for it.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/zelconfutils COMPONENT license)
 
 if(MINGW AND BUILD_SHARED_LIBS)
   install(FILES ${PROJECT_BINARY_DIR}/src/zelconfutils.def
