@@ -222,7 +222,7 @@ class ZELCONFUTILS_API ConfigFile {
   void Read();
 
   /// Appends an entry to `entries`, which is empty before, for each line that is one; puts the
-  /// cursor on the first. Throws `std::bad_alloc` with `entries` empty and the cursor at end.
+  /// cursor on the first. Throws `std::bad_alloc` with entries and cursor as before.
   void Load();
 
   /// Releases everything; may run twice.

@@ -307,7 +307,7 @@ class ZELCONFUTILS_API MultiSectionFile {
 
   /// Builds sections and entries, of which there are none before, from `lines` and sets both
   /// cursors to the first. Throws `ConfigException` with everything released when the text ends
-  /// inside a section, and `std::bad_alloc` with none built and both cursors at end.
+  /// inside a section, and `std::bad_alloc` with all as before.
   void Load();
 
   /// Releases everything; may run twice.

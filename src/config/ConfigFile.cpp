@@ -2,13 +2,15 @@
 #include "ConfigFile.h"
 
 #include <cstring>
+#include <memory>
 
 #include "config/entries/ConfigEntry.h"
+#include "config/entries/EntryIndex.h"
 #include "config/entries/EntryOperations.h"
 #include "config/entries/EntrySyntax.h"
 #include "config/entries/Walk.h"
 #include "config/files/FileAccess.h"
-#include "config/files/Refill.h"
+#include "config/files/FreshContent.h"
 #include "config/memory/Release.h"
 #include "text/Text.h"
 
@@ -63,45 +65,37 @@ void ConfigFile::Tidy() {
   Release(tailBuffer);
 }
 
-void ConfigFile::Read() {
-  TidyOnFailure([this] { FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing); },
-                [this] { Tidy(); });
+void ConfigFile::Read() try {
+  FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing);
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
-bool ConfigFile::Save(bool coalesced, const char* target) {
-  return TidyOnFailure([&] { return FileAccess::Save(*lines, *fileLock, path, coalesced, target); },
-                       [this] { Tidy(); });
+bool ConfigFile::Save(bool coalesced, const char* target) try {
+  return FileAccess::Save(*lines, *fileLock, path, coalesced, target);
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
 void ConfigFile::Load() {
-  const std::string_view separatorView(separator, separatorLength);
-  const std::string_view commentView(comment);
-  auto& lineList = lines->Lines();
-  const auto index = [&] {
-    for (auto line = lineList.begin(); line != lineList.end(); ++line) {
-      const std::string_view text = (*line).View();
-      if (EntrySyntax::IsComment(text, commentView)) continue;
-      const std::size_t separatorAt = EntrySyntax::Find(text, separatorView);
-      if (separatorAt == EntrySyntax::kNone) continue;
-      EntryEdit::AppendParsed(*entries, lineList.PositionOf(line), separatorAt, separatorLength);
-    }
-  };
-  OnFailure<std::bad_alloc>(index, [this] {
-    entries->Clear();
-    *cursor = entries->End();
-  });
+  ConfigEntryList added(entries->GetPool());
+  EntryIndex::AppendAll(added, *lines, {separator, separatorLength}, comment);
+  entries->TakeAll(added);
   *cursor = entries->First();
 }
 
-void ConfigFile::Reload() {
+void ConfigFile::Reload() try {
   if (path == nullptr) return;
-  Refill(
-      [this] {
-        ClearAll();
-        Read();
-        Load();
-      },
-      *lines, *entries, *cursor, afterDelete);
+  FreshContent fresh;
+  FileAccess::Read(*fresh.lines, *fileLock, path, readOnly, createIfMissing);
+  EntryIndex::AppendAll(*fresh.entries, *fresh.lines, {separator, separatorLength}, comment);
+  fresh.SwapIn(lines, entries, *cursor);
+  afterDelete = false;
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
 void ConfigFile::ClearAll() {
@@ -112,15 +106,16 @@ void ConfigFile::ClearAll() {
 }
 
 bool ConfigFile::AttachToBuffer(const char* text, const char* newPath) {
-  return Refill(
-      [&] {
-        ClearAll();
-        path = Text::Duplicate(newPath);
-        if (!FileAccess::CutIntoLines(text, *lines)) return false;
-        Load();
-        return true;
-      },
-      *lines, *entries, *cursor, afterDelete, path);
+  FreshContent fresh;
+  std::unique_ptr<char[]> freshPath(Text::Duplicate(newPath));
+  const bool complete = FileAccess::CutIntoLines(text, *fresh.lines);
+  if (complete) {
+    EntryIndex::AppendAll(*fresh.entries, *fresh.lines, {separator, separatorLength}, comment);
+  }
+  fresh.SwapIn(lines, entries, *cursor);
+  Exchange(path, freshPath);
+  afterDelete = false;
+  return complete;
 }
 
 bool ConfigFile::SaveToBuffer(char* buffer, std::size_t size) {

@@ -2,11 +2,12 @@
 #include "MultiSectionFile.h"
 
 #include <cstring>
+#include <memory>
 
 #include "config/entries/EntryEdit.h"
 #include "config/entries/EntrySyntax.h"
 #include "config/files/FileAccess.h"
-#include "config/files/Refill.h"
+#include "config/files/FreshContent.h"
 #include "config/memory/Release.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionLoad.h"
@@ -20,6 +21,17 @@ namespace Configuration {
 namespace {
 
 constexpr std::size_t kShortestTokenBytes = 2;  // a leading line feed counts
+
+// With the sections that a sectioned file has beside its lines and top-level entries.
+struct FreshSections : FreshContent {
+  std::unique_ptr<ConfigSectionList> sections = std::make_unique<ConfigSectionList>();
+
+  using FreshContent::SwapIn;
+  void SwapIn(ConfigSectionList*& objectSections, ConfigSectionPosition& cursor) noexcept {
+    Exchange(objectSections, sections);
+    cursor = objectSections->First();
+  }
+};
 
 }  // namespace
 
@@ -82,61 +94,75 @@ void MultiSectionFile::Tidy() {
   }
 }
 
-void MultiSectionFile::Read() {
-  TidyOnFailure([this] { FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing); },
-                [this] { Tidy(); });
+void MultiSectionFile::Read() try {
+  FileAccess::Read(*lines, *fileLock, path, readOnly, createIfMissing);
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
-bool MultiSectionFile::Save(bool coalesced, const char* target) {
-  return TidyOnFailure([&] { return FileAccess::Save(*lines, *fileLock, path, coalesced, target); },
-                       [this] { Tidy(); });
+bool MultiSectionFile::Save(bool coalesced, const char* target) try {
+  return FileAccess::Save(*lines, *fileLock, path, coalesced, target);
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
-void MultiSectionFile::Load() {
-  const auto clear = [this] {
-    sections->Clear();
-    entries->Clear();
-    *sectionCursor = sections->End();
-    *entryCursor = entries->End();
-  };
-  const auto index = [this] {
-    if (!LoadSections(*lines, Tokens(), *sections, *entries)) FileAccess::ThrowCorrupted(path);
-  };
-  TidyOnFailure([&] { OnFailure<std::bad_alloc>(index, clear); }, [this] { Tidy(); });
+void MultiSectionFile::Load() try {
+  ConfigSectionList addedSections(sections->GetPool());
+  ConfigEntryList addedEntries(entries->GetPool());
+  if (!LoadSections(*lines, Tokens(), addedSections, addedEntries)) {
+    FileAccess::ThrowCorrupted(path);
+  }
+  sections->TakeAll(addedSections);
+  entries->TakeAll(addedEntries);
   *sectionCursor = sections->First();
   *entryCursor = entries->First();
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
-void MultiSectionFile::Reload() {
+void MultiSectionFile::Reload() try {
   if (path == nullptr) return;
-  Refill(
-      [this] {
-        ClearAll();
-        Read();
-        Load();
-      },
-      *lines, *entries, *sections, *sectionCursor, *entryCursor, afterDelete);
+  FreshSections fresh;
+  FileAccess::Read(*fresh.lines, *fileLock, path, readOnly, createIfMissing);
+  if (!LoadSections(*fresh.lines, Tokens(), *fresh.sections, *fresh.entries)) {
+    FileAccess::ThrowCorrupted(path);
+  }
+  fresh.SwapIn(lines, entries, *entryCursor);
+  fresh.SwapIn(sections, *sectionCursor);
+  afterDelete = false;
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
 void MultiSectionFile::ClearAll() {
   afterDelete = false;
   lines->Clear();
+  // Sections first: the pool of the entries is released only when no section holds nodes of it.
   sections->Clear();
   *sectionCursor = sections->End();
   entries->Clear();
   *entryCursor = entries->End();
 }
 
-bool MultiSectionFile::AttachToBuffer(const char* text, const char* newPath) {
-  return Refill(
-      [&] {
-        ClearAll();
-        path = Text::Duplicate(newPath);
-        if (!FileAccess::CutIntoLines(text, *lines)) return false;
-        Load();
-        return true;
-      },
-      *lines, *entries, *sections, *sectionCursor, *entryCursor, afterDelete, path);
+bool MultiSectionFile::AttachToBuffer(const char* text, const char* newPath) try {
+  FreshSections fresh;
+  std::unique_ptr<char[]> freshPath(Text::Duplicate(newPath));
+  const bool complete = FileAccess::CutIntoLines(text, *fresh.lines);
+  if (complete && !LoadSections(*fresh.lines, Tokens(), *fresh.sections, *fresh.entries)) {
+    FileAccess::ThrowCorrupted(newPath);
+  }
+  fresh.SwapIn(lines, entries, *entryCursor);
+  fresh.SwapIn(sections, *sectionCursor);
+  Exchange(path, freshPath);
+  afterDelete = false;
+  return complete;
+} catch (const ConfigException&) {
+  Tidy();
+  throw;
 }
 
 bool MultiSectionFile::SaveToBuffer(char* buffer, std::size_t size) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "multisection/SectionLoad.h"
 
-#include "config/entries/EntryEdit.h"
+#include "config/entries/EntryIndex.h"
 
 namespace Configuration {
 
@@ -32,7 +32,7 @@ bool LoadSections(ConfigLineList& lines, const SectionSyntax::SectionTokens& tok
     if (open != nullptr) {
       const auto [kind, separatorAt] = SectionSyntax::ClassifyInside(line->View(), tokens);
       if (kind == LineKind::kEntry) {
-        EntryEdit::AppendParsed(open->entries, line, separatorAt, separatorLength);
+        EntryIndex::Append(open->entries, line, separatorAt, separatorLength);
       } else if (kind == LineKind::kStop) {
         open->stopLine = line;
         open = nullptr;
@@ -40,7 +40,7 @@ bool LoadSections(ConfigLineList& lines, const SectionSyntax::SectionTokens& tok
     } else {
       const auto [kind, separatorAt] = SectionSyntax::ClassifyOutside(line->View(), tokens);
       if (kind == LineKind::kEntry) {
-        EntryEdit::AppendParsed(entries, line, separatorAt, separatorLength);
+        EntryIndex::Append(entries, line, separatorAt, separatorLength);
       } else if (kind == LineKind::kHeader) {
         const bool twoLineForm = tokens.IsTwoLineForm();
         const bool hasNameLine = !twoLineForm || before.IsAtElement();

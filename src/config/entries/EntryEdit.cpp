@@ -111,14 +111,6 @@ bool ReplaceKey(const EntryScope& scope, ConfigEntry& entry, std::string_view ne
   return true;
 }
 
-void AppendParsed(ConfigEntryList& entries, ConfigLinePosition line, std::size_t separatorAt,
-                  std::size_t separatorLength) {
-  const EntrySyntax::EntrySpans spans =
-      EntrySyntax::Parse(line->View(), separatorAt, separatorLength);
-  entries.Append(line->text + spans.key, spans.keyLength, line->text + spans.value,
-                 spans.valueLength, line);
-}
-
 ConfigEntryPosition Insert(const EntryScope& scope, ConfigLinePosition line,
                            ConfigEntryPosition entry, std::string_view key,
                            std::string_view value) {

@@ -58,10 +58,6 @@ std::size_t SetValue(const EntryScope& scope, ConfigEntry& entry, std::string_vi
 /// too long to carry over or the line is frozen.
 bool ReplaceKey(const EntryScope& scope, ConfigEntry& entry, std::string_view newKey);
 
-/// Appends the entry of `line`, whose first separator stands at `separatorAt`.
-void AppendParsed(ConfigEntryList& entries, ConfigLinePosition line, std::size_t separatorAt,
-                  std::size_t separatorLength);
-
 /// Composes a line and inserts it in front of `line`, its entry in front of `entry`. The result is
 /// the new entry, or unset when the line would not fit.
 ConfigEntryPosition Insert(const EntryScope& scope, ConfigLinePosition line,

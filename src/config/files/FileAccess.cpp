@@ -11,7 +11,6 @@
 
 #include "ConfigException.h"
 #include "config/files/PathCheck.h"
-#include "config/files/Refill.h"
 #include "platform/Platform.h"
 
 namespace Platform = zelconfutils::Platform;
@@ -118,11 +117,12 @@ void Read(ConfigLineList& lines, FileLock& lock, const char* path, bool readOnly
   LockedStream stream(lock, "opening", path, mode);
   std::rewind(stream.Get());  // a stream opened for appending may stand at its end
   const ConfigLinePosition last = lines.Lines().Last();
-  OnFailure<std::bad_alloc>([&] { ReadLines(stream.Get(), lines); },
-                            [&] {
-                              while (lines.Lines().Last() != last)
-                                lines.EraseLine(lines.Lines().Last());
-                            });
+  try {
+    ReadLines(stream.Get(), lines);
+  } catch (...) {
+    while (lines.Lines().Last() != last) lines.EraseLine(lines.Lines().Last());
+    throw;
+  }
   stream.Finish();
 }
 

@@ -49,11 +49,10 @@ bool ConfigLine::Grow(TextPool& pool, std::size_t n) {
   return true;
 }
 
-void swap(ConfigLineList& left, ConfigLineList& right) noexcept {
-  swap(left.lines_, right.lines_);
-  swap(left.texts_, right.texts_);
-  std::swap(left.frozen_, right.frozen_);
-  std::swap(left.totalLength, right.totalLength);
+void ConfigLineList::InheritSaveBuffer(ConfigLineList& former) noexcept {
+  saveCapacity = former.saveCapacity;
+  saveGrowth = former.saveGrowth;
+  saveBuffer = std::move(former.saveBuffer);
 }
 
 void ConfigLineList::AddLine(std::string_view text, bool atEnd) {

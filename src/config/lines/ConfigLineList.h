@@ -49,8 +49,8 @@ class ConfigLineList {
  public:
   ConfigLineList() = default;
 
-  /// Exchanges the lines; each keeps its own save buffer.
-  friend void swap(ConfigLineList& left, ConfigLineList& right) noexcept;
+  /// Takes over the save buffer of a list that this one is about to replace.
+  void InheritSaveBuffer(ConfigLineList& former) noexcept;
 
   /// Adds a line with a copy of `text` behind the last line or in front of the first.
   void AddLine(std::string_view text, bool atEnd);

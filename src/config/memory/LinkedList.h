@@ -137,15 +137,6 @@ class LinkedList {
     if (first_ != nullptr && pool_.use_count() > 1) pool_->Give(first_, last_);
   }
 
-  /// Exchanges the elements. Positions stay with the list that they were taken from, so whoever
-  /// swaps sets them anew.
-  friend void swap(LinkedList& left, LinkedList& right) noexcept {
-    std::swap(left.pool_, right.pool_);
-    std::swap(left.first_, right.first_);
-    std::swap(left.last_, right.last_);
-    std::swap(left.count_, right.count_);
-  }
-
   std::size_t Count() const { return count_; }
   bool IsEmpty() const { return count_ == 0; }
   Iterator begin() const { return Iterator(first_); }
@@ -182,6 +173,16 @@ class LinkedList {
   template <class... Arguments>
   Position Append(Arguments&&... arguments) {
     return Insert(End(), std::forward<Arguments>(arguments)...);
+  }
+
+  /// Moves all elements of `other`, a list on the same pool, after the last one. Positions that
+  /// were taken from `other` are void.
+  void TakeAll(LinkedList& other) noexcept {
+    if (other.IsEmpty()) return;
+    other.first_->previous = last_;
+    (last_ != nullptr ? last_->next : first_) = std::exchange(other.first_, nullptr);
+    last_ = std::exchange(other.last_, nullptr);
+    count_ += std::exchange(other.count_, 0);
   }
 
   /// Removes the element at `position`; the result is the position behind it.

@@ -2,6 +2,7 @@
 #ifndef ZELCONFUTILS_MEMORY_RELEASE_H
 #define ZELCONFUTILS_MEMORY_RELEASE_H
 
+#include <memory>
 #include <utility>
 
 namespace Configuration {
@@ -14,6 +15,12 @@ void Release(Object*& member) {
 
 /// The same for a text or a block.
 inline void Release(char*& block) { delete[] std::exchange(block, nullptr); }
+
+/// Gives an owning member what was made for it; `fresh` holds what the member had, to release it.
+template <class Object, class Owned>
+void Exchange(Object*& member, std::unique_ptr<Owned>& fresh) noexcept {
+  fresh.reset(std::exchange(member, fresh.release()));
+}
 
 }  // namespace Configuration
 

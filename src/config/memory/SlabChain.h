@@ -16,11 +16,6 @@ class SlabChain {
   SlabChain& operator=(const SlabChain&) = delete;
   ~SlabChain() { Reset(); }
 
-  friend void swap(SlabChain& left, SlabChain& right) noexcept {
-    std::swap(left.last_, right.last_);
-    std::swap(left.nextBytes_, right.nextBytes_);
-  }
-
   struct Room {
     char* begin;  ///< aligned for any object of usual alignment
     char* end;

@@ -5,13 +5,6 @@
 
 namespace Configuration {
 
-void swap(TextPool& left, TextPool& right) noexcept {
-  swap(left.slabs_, right.slabs_);
-  std::swap(left.unused_, right.unused_);
-  std::swap(left.longBlocks_, right.longBlocks_);
-  std::swap(left.freeBySize_, right.freeBySize_);
-}
-
 char* TextPool::Take(std::size_t bytes) {
   if (bytes > kLongestPooled) return TakeLong(bytes);
   const std::size_t sizeClass = (bytes - 1) / kGranule;

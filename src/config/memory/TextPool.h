@@ -20,8 +20,6 @@ class TextPool {
   TextPool& operator=(const TextPool&) = delete;
   ~TextPool() { Reset(); }
 
-  friend void swap(TextPool& left, TextPool& right) noexcept;
-
   /// A block of at least `bytes` bytes. May throw `std::bad_alloc`.
   char* Take(std::size_t bytes);
 
