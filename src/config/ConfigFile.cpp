@@ -143,13 +143,13 @@ std::size_t ConfigFile::GetEntryCount() const { return entries->Count(); }
 
 std::size_t ConfigFile::GetEntry(const char* key, char* buffer, std::size_t size) {
   afterDelete = false;
-  return EntryEdit::CopyValueOf(*entries, key, buffer, size);
+  return CopyValueOf(*entries, key, {buffer, size});
 }
 
 std::size_t ConfigFile::GetCurrentEntry(char* keyBuffer, std::size_t keySize, char* valueBuffer,
                                         std::size_t valueSize) {
-  return EntryOperations::GetCurrentEntry(*entries, *cursor, keyBuffer, keySize, valueBuffer,
-                                          valueSize);
+  return EntryOperations::GetCurrentEntry(*entries, *cursor, {keyBuffer, keySize},
+                                          {valueBuffer, valueSize});
 }
 
 bool ConfigFile::AddEntry(const char* key, const char* value, bool atBeginning) {
@@ -183,8 +183,7 @@ EntryScope ConfigFile::Scope() {
           afterDelete,
           {separator, separatorLength},
           {linePrefix, linePrefixLength},
-          lineBuffer,
-          tailBuffer};
+          lineBuffer};
 }
 
 }  // namespace Configuration

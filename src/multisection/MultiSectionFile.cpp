@@ -184,8 +184,7 @@ EntryScope MultiSectionFile::Scope(ConfigEntryList& scopeEntries, ConfigEntryPos
           afterDelete,
           {separator, separatorLength},
           {linePrefix, linePrefixLength},
-          lineBuffer,
-          tailBuffer};
+          lineBuffer};
 }
 
 MultiSectionConfigFile::MultiSectionConfigFile(const char* source, bool create,

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The entries of the current section. Most operations are: end the stay, settle the section, do
 // what the top level does. Those that differ in cursor or flag differ on purpose.
-#include <cstring>
-
 #include "MultiSectionFile.h"
 #include "config/entries/EntryOperations.h"
 #include "config/entries/Walk.h"
@@ -23,7 +21,10 @@ bool MultiSectionFile::GotoSecEntry(const char* key) {
 
 bool MultiSectionFile::GotoSecNextEntry() {
   ConfigSection* section = SettledSection();
-  if (section == nullptr) return afterDelete = false;
+  if (section == nullptr) {
+    afterDelete = false;
+    return false;
+  }
   return Walk::Forward(section->entries, section->entryCursor, afterDelete);
 }
 
@@ -52,11 +53,9 @@ void MultiSectionFile::RestartSection() {
 
 std::size_t MultiSectionFile::GetSectionEntry(const char* key, char* buffer, std::size_t size) {
   afterDelete = false;
-  if (ConfigSection* section = SettledSection()) {
-    return EntryEdit::CopyValueOf(section->entries, key, buffer, size);
-  }
-  if (size > 0) std::memset(buffer, 0, size);
-  return 0;
+  ConfigSection* section = SettledSection();
+  if (section == nullptr) return CopyNothing({buffer, size});
+  return CopyValueOf(section->entries, key, {buffer, size});
 }
 
 std::size_t MultiSectionFile::GetSecCurrentEntry(char* keyBuffer, std::size_t keySize,
@@ -64,8 +63,8 @@ std::size_t MultiSectionFile::GetSecCurrentEntry(char* keyBuffer, std::size_t ke
   afterDelete = false;
   ConfigSection* section = SettledSection();
   if (section == nullptr) return 0;
-  return EntryOperations::GetCurrentEntry(section->entries, section->entryCursor, keyBuffer,
-                                          keySize, valueBuffer, valueSize);
+  return EntryOperations::GetCurrentEntry(section->entries, section->entryCursor,
+                                          {keyBuffer, keySize}, {valueBuffer, valueSize});
 }
 
 std::size_t MultiSectionFile::SetSecCurrentEntry(const char* value) {
@@ -85,9 +84,8 @@ bool MultiSectionFile::AddSectionEntry(const char* key, const char* value) {
   afterDelete = false;
   ConfigSection* section = SettledSection();
   if (section == nullptr) return false;
-  return !EntryEdit::Insert(SectionScope(*section), section->stopLine, section->entries.End(), key,
-                            value)
-              .IsUnset();
+  const EntryEdit::Place place = {section->stopLine, section->entries.End()};
+  return !EntryEdit::Insert(SectionScope(*section), place, key, value).IsUnset();
 }
 
 std::size_t MultiSectionFile::SetSectionEntry(const char* key, const char* value) {
@@ -103,15 +101,19 @@ bool MultiSectionFile::InsertSectionEntry(const char* key, const char* value,
                                           bool replaceExisting) {
   ConfigSection* section = SettledSection();
   if (section == nullptr) return false;
-  if (replaceExisting && Walk::Find(section->entries, key).IsAtElement()) {
-    return SetSectionEntry(key, value) != kNothingDone;
+  if (replaceExisting) {
+    const ConfigEntryPosition found = Walk::Find(section->entries, key);
+    if (found.IsAtElement()) {
+      afterDelete = false;
+      return EntryEdit::SetValue(SectionScope(*section), *found, value) != kNothingDone;
+    }
   }
   ConfigEntryPosition& cursor = section->entryCursor;
   Walk::Settle(section->entries, cursor);
   if (cursor.IsEnd()) return AddSectionEntry(key, value);
   afterDelete = false;
   const ConfigEntryPosition added =
-      EntryEdit::Insert(SectionScope(*section), cursor->line, cursor, key, value);
+      EntryEdit::Insert(SectionScope(*section), {cursor->line, cursor}, key, value);
   if (added.IsUnset()) return false;
   cursor = added;
   return true;

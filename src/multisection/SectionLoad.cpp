@@ -44,7 +44,8 @@ bool LoadSections(ConfigLineList& lines, const SectionSyntax::SectionTokens& tok
       } else if (kind == LineKind::kHeader) {
         const bool twoLineForm = tokens.IsTwoLineForm();
         const bool hasNameLine = !twoLineForm || before.IsAtElement();
-        if (twoLineForm && hasNameLine && HasOwner(before, sections, entries)) lines.Freeze(before);
+        if (twoLineForm && hasNameLine && HasOwner(before, sections, entries))
+          lines.MarkShared(before);
         open = &*sections.Append(entries.GetPool());
         open->startLine = twoLineForm && hasNameLine ? before : line;
         if (hasNameLine) TakeName(*open, tokens);

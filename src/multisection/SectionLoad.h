@@ -9,8 +9,8 @@
 
 namespace Configuration {
 
-/// Builds the index of `lines`: appends to `sections` and to the top-level `entries`, and freezes
-/// the lines that come to have two owners. No line is copied or changed. False when the text ends
+/// Builds the index of `lines`: appends to `sections` and to the top-level `entries`, and marks
+/// the lines that come to be shared. No line is copied or changed. False when the text ends
 /// inside a section. May throw `std::bad_alloc`, with a part of the index built.
 bool LoadSections(ConfigLineList& lines, const SectionSyntax::SectionTokens& tokens,
                   ConfigSectionList& sections, ConfigEntryList& entries);

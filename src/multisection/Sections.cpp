@@ -4,7 +4,7 @@
 #include <string>
 
 #include "MultiSectionFile.h"
-#include "config/entries/EntryEdit.h"
+#include "config/entries/CopyOut.h"
 #include "config/entries/Walk.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionSyntax.h"
@@ -25,18 +25,30 @@ void Rewrite(ConfigLineList& lines, ConfigLinePosition line, const std::string& 
   std::memcpy(line->text, text.c_str(), text.size() + 1);
 }
 
-// Composes a section's lines in front of `line`, and its record in front of `place`.
-ConfigSectionPosition Insert(ConfigLineList& lines, ConfigLinePosition line,
-                             ConfigSectionList& sections, ConfigSectionPosition place,
-                             std::string_view name, const SectionSyntax::SectionTokens& tokens,
-                             const std::shared_ptr<ConfigEntryList::Pool>& pool) {
+// What a file object lends for one insertion.
+struct SectionsScope {
+  ConfigLineList& lines;
+  ConfigSectionList& sections;
+  const std::shared_ptr<ConfigEntryList::Pool>& entryPool;
+  SectionSyntax::SectionTokens tokens;
+};
+
+// Where a new section goes: before this line, and in the index before this section.
+struct Place {
+  ConfigLinePosition line;
+  ConfigSectionPosition section;
+};
+
+ConfigSectionPosition Insert(const SectionsScope& scope, Place place, std::string_view name) {
+  const SectionSyntax::SectionTokens& tokens = scope.tokens;
   const SectionSyntax::NameLine nameLine = SectionSyntax::ComposeNameLine(name, tokens);
-  sections.Reserve();  // with the node at hand, nothing behind the lines' insertion throws
-  ConfigLinePosition first =
+  scope.sections.Reserve();  // with the node at hand, nothing after the lines' insertion throws
+  const ConfigLinePosition first =
       tokens.IsTwoLineForm()
-          ? lines.InsertLines(line, {nameLine.text, tokens.StartNeedle(), tokens.StopNeedle()})
-          : lines.InsertLines(line, {nameLine.text, tokens.StopNeedle()});
-  const ConfigSectionPosition section = sections.Insert(place, pool);
+          ? scope.lines.InsertLines(place.line,
+                                    {nameLine.text, tokens.StartNeedle(), tokens.StopNeedle()})
+          : scope.lines.InsertLines(place.line, {nameLine.text, tokens.StopNeedle()});
+  const ConfigSectionPosition section = scope.sections.Insert(place.section, scope.entryPool);
   section->name = first->text + nameLine.nameAt;
   section->nameLength = name.size();
   section->startLine = first;
@@ -83,13 +95,13 @@ bool MultiSectionFile::GotoLastSection() {
 std::size_t MultiSectionFile::GetSectionName(char* buffer, std::size_t size) {
   afterDelete = false;
   const ConfigSection* section = SettledSection();
-  return section != nullptr ? EntryEdit::CopyOut(section->Name(), buffer, size) : kNoSection;
+  return section != nullptr ? CopyOut(section->Name(), {buffer, size}) : kNoSection;
 }
 
 bool MultiSectionFile::SetSectionName(const char* name) {
   afterDelete = false;
   ConfigSection* section = SettledSection();
-  if (section == nullptr || section->name == nullptr || lines->IsFrozen(section->startLine)) {
+  if (section == nullptr || section->name == nullptr || lines->IsShared(section->startLine)) {
     return false;
   }
   const SectionSyntax::NameLine nameLine = SectionSyntax::ComposeNameLine(name, Tokens());
@@ -102,9 +114,9 @@ bool MultiSectionFile::SetSectionName(const char* name) {
 std::size_t MultiSectionFile::GetSectionCount() const { return sections->Count(); }
 
 bool MultiSectionFile::AddSection(const char* name, bool atFront) {
-  *sectionCursor =
-      Insert(*lines, atFront ? lines->First() : lines->End(), *sections,
-             atFront ? sections->First() : sections->End(), name, Tokens(), entries->GetPool());
+  const Place place =
+      atFront ? Place{lines->First(), sections->First()} : Place{lines->End(), sections->End()};
+  *sectionCursor = Insert({*lines, *sections, entries->GetPool(), Tokens()}, place, name);
   afterDelete = false;
   return true;
 }
@@ -118,16 +130,16 @@ bool MultiSectionFile::InsertSection(const char* name) {
   if (sectionCursor->IsEnd()) return AddSection(name, false);
   const ConfigSectionPosition current = *sectionCursor;
   if (SharesLineWithPrevious(current)) return false;
-  *sectionCursor =
-      Insert(*lines, current->startLine, *sections, current, name, Tokens(), entries->GetPool());
+  const Place place = {current->startLine, current};
+  *sectionCursor = Insert({*lines, *sections, entries->GetPool(), Tokens()}, place, name);
   afterDelete = false;
   return true;
 }
 
 std::size_t MultiSectionFile::DeleteSection() {
   const ConfigSection* section = SettledSection();
-  if (section == nullptr || lines->IsFrozen(section->startLine) ||
-      lines->IsFrozen(section->stopLine)) {
+  if (section == nullptr || lines->IsShared(section->startLine) ||
+      lines->IsShared(section->stopLine)) {
     return kNoSection;
   }
   const ConfigLinePosition behind = section->stopLine.Next();

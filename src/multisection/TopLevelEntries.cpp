@@ -28,13 +28,13 @@ std::size_t MultiSectionFile::GetEntryCount() const { return entries->Count(); }
 
 std::size_t MultiSectionFile::GetEntry(const char* key, char* buffer, std::size_t size) {
   afterDelete = false;
-  return EntryEdit::CopyValueOf(*entries, key, buffer, size);
+  return CopyValueOf(*entries, key, {buffer, size});
 }
 
 std::size_t MultiSectionFile::GetCurrentEntry(char* keyBuffer, std::size_t keySize,
                                               char* valueBuffer, std::size_t valueSize) {
-  return EntryOperations::GetCurrentEntry(*entries, *entryCursor, keyBuffer, keySize, valueBuffer,
-                                          valueSize);
+  return EntryOperations::GetCurrentEntry(*entries, *entryCursor, {keyBuffer, keySize},
+                                          {valueBuffer, valueSize});
 }
 
 bool MultiSectionFile::RenameEntry(const char* newKey) {

@@ -5,18 +5,19 @@
 
 namespace Configuration::EntryOperations {
 
-std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, char* keyBuffer,
-                            std::size_t keySize, char* valueBuffer, std::size_t valueSize) {
+std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, Buffer key,
+                            Buffer value) {
   Walk::Settle(entries, cursor);
   if (cursor.IsEnd()) return 0;
-  return EntryEdit::CopyOut(*cursor, keyBuffer, keySize, valueBuffer, valueSize);
+  return CopyOut(*cursor, key, value);
 }
 
 bool AddEntry(EntryScope scope, const char* key, const char* value, bool atBeginning) {
   scope.afterDelete = false;
-  const ConfigLinePosition line = atBeginning ? scope.lines.First() : scope.lines.End();
-  const ConfigEntryPosition entry = atBeginning ? scope.entries.First() : scope.entries.End();
-  return !EntryEdit::Insert(scope, line, entry, key, value).IsUnset();
+  const EntryEdit::Place place = atBeginning
+                                     ? EntryEdit::Place{scope.lines.First(), scope.entries.First()}
+                                     : EntryEdit::Place{scope.lines.End(), scope.entries.End()};
+  return !EntryEdit::Insert(scope, place, key, value).IsUnset();
 }
 
 bool InsertEntry(EntryScope scope, const char* key, const char* value) {
@@ -25,7 +26,7 @@ bool InsertEntry(EntryScope scope, const char* key, const char* value) {
   if (scope.cursor == scope.entries.First()) return AddEntry(scope, key, value, true);
   if (scope.cursor.IsEnd()) return AddEntry(scope, key, value, false);
   scope.afterDelete = false;
-  return !EntryEdit::Insert(scope, scope.cursor->line, scope.cursor, key, value).IsUnset();
+  return !EntryEdit::Insert(scope, {scope.cursor->line, scope.cursor}, key, value).IsUnset();
 }
 
 std::size_t SetEntry(EntryScope scope, const char* key, const char* value) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+#include "config/entries/CopyOut.h"
 #include "config/entries/EntryEdit.h"
 
 /// The operations over the entries of a whole file, with their cursor and flag rules: those of
@@ -13,8 +14,8 @@
 /// They differ on purpose from the operations over a section's entries.
 namespace Configuration::EntryOperations {
 
-std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, char* keyBuffer,
-                            std::size_t keySize, char* valueBuffer, std::size_t valueSize);
+std::size_t GetCurrentEntry(ConfigEntryList& entries, ConfigEntryPosition& cursor, Buffer key,
+                            Buffer value);
 bool AddEntry(EntryScope scope, const char* key, const char* value, bool atBeginning);
 bool InsertEntry(EntryScope scope, const char* key, const char* value);
 std::size_t SetEntry(EntryScope scope, const char* key, const char* value);

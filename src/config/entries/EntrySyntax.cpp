@@ -29,12 +29,12 @@ std::size_t TrimmedLength(std::string_view text) {
   return length;
 }
 
-std::string_view Compose(std::string_view prefix, std::string_view key, std::string_view separator,
-                         std::string_view value, char* buffer) {
-  const std::size_t length = prefix.size() + key.size() + separator.size() + value.size() + 1;
-  if (length + 1 > kWorkBufferBytes || separator.empty()) return {};
+std::string_view Compose(std::initializer_list<std::string_view> parts, char* buffer) {
+  std::size_t length = 1;  // the line feed
+  for (const std::string_view part : parts) length += part.size();
+  if (length + 1 > kWorkBufferBytes) return {};
   char* end = buffer;
-  for (const std::string_view part : {prefix, key, separator, value}) {
+  for (const std::string_view part : parts) {
     std::memcpy(end, part.data(), part.size());
     end += part.size();
   }

@@ -3,6 +3,7 @@
 #define ZELCONFUTILS_ENTRIES_ENTRY_SYNTAX_H
 
 #include <cstddef>
+#include <initializer_list>
 #include <string_view>
 
 /// What a line means, for every file class: text in, offsets out.
@@ -54,15 +55,16 @@ std::size_t KeyEnd(std::string_view line, std::size_t separatorAt);
 /// not empty.
 std::size_t TrimmedLength(std::string_view text);
 
-/// The longest composed line with its line feed and its terminator; also the longest tail or
-/// rest of a line, with its terminator, that an edit can carry over.
+/// The longest composed line with its line feed and its terminator.
 constexpr std::size_t kWorkBufferBytes = 1024;
 
-/// Writes a new entry's line with its line feed and a terminator to `buffer`, which has
-/// `kWorkBufferBytes` bytes. The result views it in `buffer`, without the terminator; it is empty
-/// when the line would not fit or there is no separator, and then nothing is written.
-std::string_view Compose(std::string_view prefix, std::string_view key, std::string_view separator,
-                         std::string_view value, char* buffer);
+/// The most bytes after a key or a value that an edit carries over.
+constexpr std::size_t kLongestRestBytes = 1023;
+
+/// Writes the parts of a new line, a line feed and a terminator to `buffer`, which has
+/// `kWorkBufferBytes` bytes. The result views the line in `buffer`, without the terminator; it is
+/// empty when the line would not fit, and then nothing is written.
+std::string_view Compose(std::initializer_list<std::string_view> parts, char* buffer);
 
 }  // namespace Configuration::EntrySyntax
 

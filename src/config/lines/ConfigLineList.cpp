@@ -107,7 +107,7 @@ ConfigLinePosition ConfigLineList::EraseLine(ConfigLinePosition position) noexce
 void ConfigLineList::Clear() noexcept {
   lines_.Clear();
   texts_.Reset();
-  frozen_.clear();
+  shared_.clear();
   totalLength = 0;
 }
 

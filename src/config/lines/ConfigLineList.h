@@ -82,11 +82,11 @@ class ConfigLineList {
   /// be had. What the stream still buffers is the caller's to flush.
   bool WriteAll(std::FILE* stream, bool coalesced);
 
-  /// A frozen line has two owners, a section that takes its name from it and another record: no
-  /// edit may rewrite or erase it. Lines stay frozen until `Clear`.
-  void Freeze(ConfigLinePosition position) { frozen_.insert(&*position); }
-  bool IsFrozen(ConfigLinePosition position) const {
-    return !frozen_.empty() && frozen_.count(&*position) != 0;
+  /// Two records refer to a shared line, a section that takes its name from it and another: no
+  /// edit may rewrite or erase it. Lines stay shared until `Clear`.
+  void MarkShared(ConfigLinePosition position) { shared_.insert(&*position); }
+  bool IsShared(ConfigLinePosition position) const {
+    return !shared_.empty() && shared_.count(&*position) != 0;
   }
 
   ConfigLinePosition First() { return lines_.First(); }
@@ -106,7 +106,7 @@ class ConfigLineList {
 
   LinkedList<ConfigLine> lines_;
   TextPool texts_;
-  std::unordered_set<const ConfigLine*> frozen_;
+  std::unordered_set<const ConfigLine*> shared_;
 };
 
 }  // namespace Configuration
