@@ -6,8 +6,10 @@
 
 #include "csv/CsvRecordReader.h"
 #include "csv/FieldEnds.h"
+#include "csv/RowMemory.h"
 #include "text/Text.h"
 
+namespace RowMemory = zelconfutils::RowMemory;
 namespace Text = zelconfutils::Text;
 
 namespace {
@@ -19,13 +21,9 @@ constexpr char kTrimSet[] = " ";  // GetCsvFields counts on one byte
 // mispredicted branches than the bytes do.
 constexpr std::size_t kShortBytes = 15;
 
-// A string with more room than this is not kept for a much shorter text: a row's memory follows
-// its record, not the longest field that ever stood in each column.
-constexpr std::size_t kKeptBytes = 1024;
-
 // Replaces `field` by `text`, which lies in a record that goes on up to `recordEnd`.
 void Store(std::string& field, std::string_view text, const char* recordEnd) {
-  if (field.capacity() > kKeptBytes && text.size() < field.capacity() / 2) {
+  if (field.capacity() > RowMemory::kKeptTextBytes && text.size() < field.capacity() / 2) {
     std::string(text).swap(field);  // an assignment may keep the room
   } else if (text.size() <= kShortBytes &&
              kShortBytes <= static_cast<std::size_t>(recordEnd - text.data())) {
@@ -166,7 +164,7 @@ bool CsvDocument::GetCsvFields(CsvDocumentRow* row, const char* record, const st
     std::string_view text(record + begin, end - begin);
     if (!text.empty() && IsFieldSpecialChar(text.front())) text.remove_prefix(1);
     if (!text.empty() && IsFieldSpecialChar(text.back())) text.remove_suffix(1);
-    if (count == fields.size()) fields.emplace_back();
+    if (count == fields.size()) RowMemory::AddField(fields, record + end, delimiter);
     Store(fields[count], text, record + size);
     // Asked here too, as few fields need the call.
     if (!text.empty() && (text.front() == *kTrimSet || text.back() == *kTrimSet)) {
@@ -177,7 +175,7 @@ bool CsvDocument::GetCsvFields(CsvDocumentRow* row, const char* record, const st
     if (!IsFieldDelimiter(ending)) break;
     begin = end + 1;
   }
-  fields.resize(count);
+  RowMemory::Truncate(fields, count);
   return true;
 }
 

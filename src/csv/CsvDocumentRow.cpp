@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "CsvDocument.h"
 
+#include "csv/RowMemory.h"
+
 CsvDocumentRow::CsvDocumentRow() = default;
 
 // Field by field: the copy of a whole vector leaks in libc++ 14 when a field finds no memory.
@@ -31,4 +33,4 @@ unsigned short CsvDocumentRow::GetFieldsCount() const {
 
 void CsvDocumentRow::Reset() { Cleanup(); }
 
-void CsvDocumentRow::Cleanup() { fields.clear(); }
+void CsvDocumentRow::Cleanup() { zelconfutils::RowMemory::Clear(fields); }
