@@ -13,7 +13,7 @@
 class ZELCONFUTILS_API ConfigException : public std::exception {
  public:
   /// Copies `text`, which must not be null. Throws `std::bad_alloc`.
-  explicit ConfigException(const char* text);
+  ConfigException(const char* text);
   /// Copies the other's message. Throws `std::bad_alloc`.
   ConfigException(const ConfigException& other);
   ~ConfigException() override;
@@ -28,5 +28,9 @@ class ZELCONFUTILS_API ConfigException : public std::exception {
  private:
   char* message;
 };
+
+namespace Configuration {
+using ::ConfigException;  // so that it may be spelled like the classes that throw it
+}
 
 #endif

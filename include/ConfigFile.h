@@ -17,6 +17,8 @@ template <class Element>
 class LinkedList;
 template <class Element>
 class LinkedListPosition;
+using ConfigEntryList = LinkedList<ConfigEntry>;              ///< the entries, in file order
+using ConfigEntryPosition = LinkedListPosition<ConfigEntry>;  ///< a cursor over them
 
 /// A flat key/value text file held in memory: read, queried, edited and written back so that every
 /// byte that no edit touched comes back as it was.
@@ -242,10 +244,10 @@ class ZELCONFUTILS_API ConfigFile {
   bool createIfMissing = false;  ///< `Read` makes a missing file, empty
   size_t separatorLength = 0;    ///< in bytes
   size_t linePrefixLength = 0;   ///< in bytes
-  ConfigLineList* lines = nullptr;                    ///< the image: all lines of the file
-  LinkedList<ConfigEntry>* entries = nullptr;         ///< the index, in file order
-  LinkedListPosition<ConfigEntry>* cursor = nullptr;  ///< unset, on an entry, or at end
-  FileLock* fileLock = nullptr;                       ///< held within `Read` and `Save` alone
+  ConfigLineList* lines = nullptr;        ///< the image: all lines of the file
+  ConfigEntryList* entries = nullptr;     ///< the index, in file order
+  ConfigEntryPosition* cursor = nullptr;  ///< unset, on an entry, or at end
+  FileLock* fileLock = nullptr;           ///< held within `Read` and `Save` alone
 
   /// @}
 

@@ -18,6 +18,10 @@ template <class Element>
 class LinkedList;
 template <class Element>
 class LinkedListPosition;
+using ConfigEntryList = LinkedList<ConfigEntry>;                  ///< entries, in file order
+using ConfigEntryPosition = LinkedListPosition<ConfigEntry>;      ///< a cursor over them
+using ConfigSectionList = LinkedList<ConfigSection>;              ///< the sections, in file order
+using ConfigSectionPosition = LinkedListPosition<ConfigSection>;  ///< a cursor over them
 namespace SectionSyntax {
 struct SectionTokens;
 }
@@ -329,14 +333,14 @@ class ZELCONFUTILS_API MultiSectionFile {
   bool readOnly = false;         ///< `Read` opens for reading only
   bool createIfMissing = false;  ///< `Read` makes a missing file, empty
   size_t separatorLength = 0;    ///< in bytes
-  size_t sectionKeywordLength = 0;                ///< in bytes
-  size_t linePrefixLength = 0;                    ///< in bytes
-  ConfigLineList* lines = nullptr;                ///< the image: all lines of the file
-  LinkedList<ConfigSection>* sections = nullptr;  ///< in file order
-  LinkedList<ConfigEntry>* entries = nullptr;     ///< those outside sections, in file order
-  LinkedListPosition<ConfigSection>* sectionCursor = nullptr;  ///< the current section
-  LinkedListPosition<ConfigEntry>* entryCursor = nullptr;  ///< over the entries outside sections
-  FileLock* fileLock = nullptr;                            ///< held within `Read` and `Save` alone
+  size_t sectionKeywordLength = 0;                 ///< in bytes
+  size_t linePrefixLength = 0;                     ///< in bytes
+  ConfigLineList* lines = nullptr;                 ///< the image: all lines of the file
+  ConfigSectionList* sections = nullptr;           ///< in file order
+  ConfigEntryList* entries = nullptr;              ///< those outside sections, in file order
+  ConfigSectionPosition* sectionCursor = nullptr;  ///< the current section
+  ConfigEntryPosition* entryCursor = nullptr;      ///< over the entries outside sections
+  FileLock* fileLock = nullptr;                    ///< held within `Read` and `Save` alone
 
   /// @}
 

@@ -40,4 +40,8 @@ class ZELCONFUTILS_API SmartBuffer {
   size_t blockSize;
 };
 
+namespace Configuration {
+using ::SmartBuffer;  // so that it may be spelled like the classes whose calls it serves
+}
+
 #endif

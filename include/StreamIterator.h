@@ -43,7 +43,7 @@ class ZELCONFUTILS_API FileIterator : public StreamIterator {
   /// Opens the file named by the NUL-terminated `fileName` for reading; other readers and
   /// writers are not locked out. Throws `std::exception` itself, which has no message of its own,
   /// if the file cannot be opened or is a directory; throws `std::bad_alloc`.
-  explicit FileIterator(const char* fileName);
+  FileIterator(const char* fileName);
   FileIterator(const FileIterator&) = delete;
   FileIterator& operator=(const FileIterator&) = delete;
 
@@ -86,7 +86,7 @@ class ZELCONFUTILS_API BufferIterator : public StreamIterator {
   /// Reads the NUL-terminated `text`, which is neither copied nor owned: the caller keeps it alive
   /// and unchanged for as long as the iterator is read. Of a text of 4 GiB or more the first
   /// 4294967295 bytes are read, as many as 32 bits can count.
-  explicit BufferIterator(const char* text);
+  BufferIterator(const char* text);
 
   /// Both read the same text, from the same position on; each then has a position of its own.
   BufferIterator(const BufferIterator& other);

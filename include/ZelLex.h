@@ -29,6 +29,16 @@ enum ZelLexTokenKind : std::int32_t {
 
 /// A token: its kind and its bytes.
 struct ZELCONFUTILS_API ZelLexToken {
+  /// @name The kinds once more, so that they may be spelled with the token's name
+  /// @{
+  static constexpr ZelLexTokenKind UnknownToken = ::UnknownToken;
+  static constexpr ZelLexTokenKind PunctuationToken = ::PunctuationToken;
+  static constexpr ZelLexTokenKind StringConstantToken = ::StringConstantToken;
+  static constexpr ZelLexTokenKind DigitConstantToken = ::DigitConstantToken;
+  static constexpr ZelLexTokenKind WhiteSpaceToken = ::WhiteSpaceToken;
+  static constexpr ZelLexTokenKind NewLineToken = ::NewLineToken;
+  /// @}
+
   std::int32_t kind = UnknownToken;  ///< One of `ZelLexTokenKind`.
   std::string text;                  ///< May hold a NUL byte.
 };

@@ -51,14 +51,19 @@ class ZELCONFUTILS_API ZelSectionEntry {
   /// (in values and comments as in keys). Null does not match an empty text. Never throws.
   bool operator==(const ZelSectionEntry& other);
 
-  /// The same. C++20 also tries a comparison with its sides swapped; without these overloads
-  /// neither order would win for two entries that are not const.
-  bool operator==(ZelSectionEntry& other) {
-    return *this == static_cast<const ZelSectionEntry&>(other);
+  // C++20 also tries each comparison with its sides swapped, and finds neither order the better one
+  // for two objects that are not const. These are, and no second member.
+  friend bool operator==(ZelSectionEntry& left, ZelSectionEntry& right) {
+    return left.operator==(right);
   }
-  /// The same, for a temporary.
-  bool operator==(ZelSectionEntry&& other) {
-    return *this == static_cast<const ZelSectionEntry&>(other);
+  friend bool operator==(ZelSectionEntry& left, ZelSectionEntry&& right) {
+    return left.operator==(right);
+  }
+  friend bool operator==(ZelSectionEntry&& left, ZelSectionEntry& right) {
+    return left.operator==(right);
+  }
+  friend bool operator==(ZelSectionEntry&& left, ZelSectionEntry&& right) {
+    return left.operator==(right);
   }
 
   /// Sets value, key and comment to those of `other`. What is null there stays as it is here:
@@ -91,7 +96,7 @@ class ZELCONFUTILS_API ZelSection {
   ZelSection();
 
   /// The same, then `SetName(name)`.
-  explicit ZelSection(const char* name);
+  ZelSection(const char* name);
 
   /// A deep copy: name and entries of its own.
   ZelSection(const ZelSection& other);
@@ -148,10 +153,11 @@ class ZELCONFUTILS_API ZelSection {
   /// included. Never throws.
   bool operator==(const ZelSection& other);
 
-  /// The same; see the overloads in `ZelSectionEntry`.
-  bool operator==(ZelSection& other) { return *this == static_cast<const ZelSection&>(other); }
-  /// The same, for a temporary.
-  bool operator==(ZelSection&& other) { return *this == static_cast<const ZelSection&>(other); }
+  // As in `ZelSectionEntry`.
+  friend bool operator==(ZelSection& left, ZelSection& right) { return left.operator==(right); }
+  friend bool operator==(ZelSection& left, ZelSection&& right) { return left.operator==(right); }
+  friend bool operator==(ZelSection&& left, ZelSection& right) { return left.operator==(right); }
+  friend bool operator==(ZelSection&& left, ZelSection&& right) { return left.operator==(right); }
 
   /// Takes the name of `other`, if it has one, and appends copies of its entries. The entries of
   /// this section stay in front of them: call `ClearEntryList` first to replace them. Assigning
