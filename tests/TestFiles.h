@@ -25,11 +25,17 @@ inline std::string Path(const char* name) {
   return (directory.path / name).string();
 }
 
-/// Writes a new file: cutting one that was just written waits for the disk on some file systems.
+/// Writes a new file: truncating one that was just written waits for the disk on some file systems.
 /// In the system's text mode, as the file classes read it, or with `std::ios::binary` as it is.
 inline void Write(const std::string& path, std::string_view text, std::ios::openmode mode = {}) {
   std::filesystem::remove(path);
   std::ofstream(path, mode).write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+/// A file with that text, always the same one; its path.
+inline std::string Written(std::string_view text) {
+  Write(Path("file"), text);
+  return Path("file");
 }
 
 inline std::string Read(const std::string& path, std::ios::openmode mode = {}) {

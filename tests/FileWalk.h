@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#ifndef ZELCONFUTILS_TESTS_FILE_WALK_H
+#define ZELCONFUTILS_TESTS_FILE_WALK_H
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "FailingNew.h"
+#include "FileCalls.h"
+#include "FileFixtures.h"
+#include "FileModel.h"
+#include "TestFiles.h"
+
+/// Decisions taken from an input, zeros after its end.
+class Choices {
+ public:
+  explicit Choices(std::string_view input) : rest(input) {}
+  bool More() const { return !rest.empty(); }
+  std::size_t Below(std::size_t limit) {
+    std::size_t n = 0;
+    for (std::size_t most = limit - 1; most > 0 && More(); most >>= 8) {
+      n = n << 8 | static_cast<unsigned char>(rest[0]);
+      rest.remove_prefix(1);
+    }
+    return n % limit;
+  }
+  bool OneIn(std::size_t n) { return Below(n) == 0; }
+  template <class List>
+  const auto& OneOf(const List& list) {
+    return *(std::begin(list) + static_cast<std::ptrdiff_t>(Below(std::size(list))));
+  }
+  /// Up to `most` of the pieces; now and then a long run.
+  std::string Text(std::size_t most, const std::vector<std::string>& pieces,
+                   const char (&runs)[3] = " x") {
+    std::string text;
+    for (std::size_t n = Below(most + 1); n > 0; --n) {
+      if (OneIn(85)) text.append(OneIn(3) ? 1000 + Below(40) : Below(60), runs[Below(2)]);
+      text += OneOf(pieces);
+    }
+    return text;
+  }
+
+ private:
+  std::string_view rest;
+};
+
+/// A file object and its model take the same steps, which an input decides. Each allocation of each
+/// step fails once.
+template <class File>
+class FileWalk {
+ public:
+  FileWalk(const FileTokens& with, std::string_view bytes) : tokens(with), choices(bytes) {
+    choices.Below(256);  // has chosen the tokens
+  }
+
+  /// Throws `std::runtime_error` with a report at the first difference.
+  void Run() {
+    lookEvery = choices.OneIn(2) ? 1 : 8;  // a look moves the cursors and puts them back
+    TestFiles::Write(path, choices.Text(choices.OneIn(2) ? 30 : 3, ContentPieces()) + tokens.stop);
+    file.AttachToBuffer("", path.c_str());
+    model.AttachToBuffer("");
+    for (ReadAgain(); !file.IsTornDown() && choices.More();) {
+      Step();
+      if (choices.OneIn(30)) SaveAndReadAgain();
+    }
+    if (!file.IsTornDown()) Compare("", "", true);
+  }
+
+ private:
+  using string = std::string;
+
+  static FileCallTable<File> Calls() {
+    FileCallTable<File> all = EntryCalls<File>();
+    const auto add = [&all](const auto& calls) {
+      all.insert(all.end(), calls.begin(), calls.end());
+    };
+    if constexpr (File::kHasSections) {
+      add(SectionCalls());
+      add(SectionEntryCalls());
+    } else {
+      add(FlatOnlyCalls());
+    }
+    return all;
+  }
+
+  std::vector<string> ContentPieces() const {
+    const string start = tokens.start, stop = tokens.stop, is = tokens.separator;
+    const string comment = tokens.comment, nul(1, '\0'), run(1020, 'L');
+    return {"a",
+            "b",
+            " ",
+            is,
+            comment,
+            "\xA0",
+            start.substr(start[0] == '\n'),
+            string(tokens.keyword) + " a" + start,
+            "b" + start,
+            start,
+            "a\n",
+            stop,
+            stop,
+            " " + stop,
+            comment + stop,
+            " " + comment + stop,
+            "a" + is + " 1 \n",
+            is + "v\n",
+            " b" + is + "2\n",
+            "  " + is + "\n",
+            "k" + is + stop,
+            "k" + is + start,
+            " \n",
+            "\r\n",
+            "\n",
+            "\n",
+            nul,
+            nul + is + "\n",
+            run + is + stop + "1\n",
+            run + "x" + is + is + "\n",
+            "\xEF\xBB\xBF",
+            "\xFF" + is + "\x85"};
+  }
+
+  void Step() {
+    static const FileCallTable<File> calls = Calls();
+    // A composed key with white space at its ends would be read differently once its line moves.
+    static const std::vector<string> keyParts = {"a", "b", "key", "k y", "=", "#", "v\xE4", "a="};
+    static const std::vector<string> valueParts = {"a", "b", "key", " ",    "\t",
+                                                   "=", "#", "\v",  "v\xE4"};
+    static const string keys[] = {"", "a", "b", "k", "a b", string(40, 'n')};
+    static const string values[] = {
+        "", "1", " 2", "3", string(40, 'v'), string(1021, 'v'), string(1022, 'v')};
+    static const size_t sizes[] = {0, 1, 2, 3, 4, 41, 42, 3000};
+    const FileCall<File>& call = choices.OneOf(calls);
+    const bool isOdd = choices.OneIn(2);
+    CallArguments with = {isOdd ? choices.Text(3, keyParts, "xx") : choices.OneOf(keys),
+                          isOdd ? choices.Text(6, valueParts) : choices.OneOf(values),
+                          choices.OneOf(sizes), choices.OneOf(sizes)};
+    CallArguments onModel = with;
+    Remember("file." + call.Statement(with) + ";");
+    string result;
+    FailingNew::ForEachAllocation([&] { result = call.onFile(file, with); },
+                                  [&](bool failed) {
+                                    if (failed)
+                                      Require(model.Image(), file.Image(),
+                                              "after a failed allocation");
+                                  });
+    const string expected = call.onModel(model, onModel);
+    Compare(expected + ", " + onModel.Buffers(), result + ", " + with.Buffers(),
+            ++steps % lookEvery == 0);
+  }
+
+  void SaveAndReadAgain() {
+    const bool coalesced = choices.OneIn(2);
+    std::filesystem::remove(path);  // or the save would wait for the disk
+    Remember(string("file.Save(") + (coalesced ? "true" : "false") + ", nullptr);");
+    Require("true", Outcome([&] { return file.Save(coalesced, nullptr); }), "result");
+    Require(model.Image(), TestFiles::Read(path), "saved file");
+    ReadAgain();
+  }
+
+  /// Reads the file anew, or takes its bytes as a text; a failed allocation changes nothing.
+  void ReadAgain() {
+    const string image = TestFiles::Read(path);
+    const bool attaches = choices.OneIn(3);
+    Remember(attaches ? "file.AttachToBuffer(" + Quoted(image.c_str()) + ", path);"
+                      : "file.Reload();");
+    string result;
+    FailingNew::ForEachAllocation(
+        [&] {
+          if (file.IsTornDown()) return;  // it was only the message that found no memory
+          result = Outcome([&] {
+            if (attaches) return file.AttachToBuffer(image.c_str(), otherPath.c_str());
+            file.Reload();
+            return true;
+          });
+        },
+        [&](bool failed) {
+          if (!failed || file.IsTornDown()) return;
+          Compare("", "", true);
+          Step();
+        });
+    bool expected = true;
+    if (attaches) {
+      expected = model.AttachToBuffer(image.c_str());
+      std::swap(path, otherPath);
+    } else {
+      model.Load(image);
+    }
+    if (!model.isCorrupted) return Compare(ResultText(expected), result, true);
+    Require("torn down\n", file.Dump(), "after a text that ends inside a section");
+    if (!result.empty()) Require("File \"" + path + "\" is corrupted!", result, "message");
+  }
+
+  void Compare(const string& expected, const string& actual, bool looks) {
+    if (!looks) {
+      Require(expected, actual, "result");
+      return Require(model.Image(), file.Image(), "image");
+    }
+    Require("result:      " + expected + "\n" + model.Dump(),
+            "result:      " + actual + "\n" + file.Dump(), "result or object");
+  }
+  void Remember(string statement) {
+    if (last.size() == 10) last.pop_front();
+    last.push_back({model.Image(), model.Dump(), std::move(statement)});
+  }
+  void Require(const string& expected, const string& actual, const char* what) {
+    if (expected == actual) return;
+    string report =
+        "wrong " + string(what) + " at step " + std::to_string(steps) +
+        "; its last calls, each allocation of which failed once:\n\n  FileTokens tokens = {";
+    for (const char* token : {tokens.keyword, tokens.start, tokens.stop, tokens.separator,
+                              tokens.comment, tokens.prefix}) {
+      report += Quoted(token) + ", ";
+    }
+    report += string("};\n  ") + (File::kHasSections ? "SectionFile" : "FlatFile") + " file(" +
+              Quoted(last.front().image) + ", tokens);\n  char buffer[3000], other[3000];\n";
+    report += "  /* where it began:\n" + last.front().dump + "  */\n";
+    for (const Call& call : last) report += "  " + call.statement + "\n";
+    throw std::runtime_error(report + "\nexpected " + what + "\n" + expected + "\nactual " + what +
+                             "\n" + actual);
+  }
+
+  struct Call {
+    string image, dump, statement;
+  };
+  const FileTokens& tokens;
+  Choices choices;
+  File file{tokens, nullptr};
+  FileModel model{tokens};
+  string path = TestFiles::Path("file"), otherPath = TestFiles::Path("other");
+  std::deque<Call> last;
+  std::size_t steps = 0, lookEvery = 1;
+};
+
+/// Walks as `input` decides. Throws `std::runtime_error` with a report that names the file in which
+/// the input is kept.
+inline void RunFileWalk(std::string_view input) {
+  static const FileTokens tokens[] = {
+      kFlatTokens,
+      {"", "", "", ":=", "#", "\t"},
+      {"", "", "", " = ", "//", ""},
+      {"", "", "", "\t", "#", "  "},
+      {"", "", "", "=", "//", "a="},
+      {"", "", "", "=", "", ""},
+      {"", "", "", "==", "#", " "},
+      kPresetTokens,
+      kTwoLineTokens,
+      {"section", "\n{\n", "\n}\n", "=", "#", ""},
+      {"", "\nBEGIN\n", "END\n", ":=", "//", "\t"},
+      {"a", "\n{", "\n}", "==", ";;", ""},
+      {"section", "{{", "}}", "=", "#", ""},
+      {"{\n", " {\n", "}\n", " ", "#", "\t"},  // keyword and separator are in the start token
+  };
+  try {
+    const FileTokens& chosen = Choices(input).OneOf(tokens);
+    if (*chosen.start == '\0') FileWalk<FlatFile>(chosen, input).Run();
+    if (*chosen.start != '\0') FileWalk<SectionFile>(chosen, input).Run();
+  } catch (const std::runtime_error& failure) {
+    const auto kept = std::filesystem::temp_directory_path() /
+                      ("walk-" + std::to_string(std::hash<std::string_view>()(input)) + ".input");
+    TestFiles::Write(kept.string(), input, std::ios::binary);
+    throw std::runtime_error(std::string(failure.what()) + "\ninput kept in " + kept.string() +
+                             "; in fuzz/corpus/file it is walked with the others\n");
+  }
+}
+
+#endif
