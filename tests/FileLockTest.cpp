@@ -23,6 +23,8 @@ namespace Platform = zelconfutils::Platform;
 
 namespace {
 
+using Platform::OpenMode;
+
 constexpr FileTokens kTokens = {"", "", "", "=", "#", ""};
 
 /// What a read of the file at `path` says: its image, or its message.
@@ -37,19 +39,27 @@ std::string Saving(const std::string& path, bool coalesced, const char* text) {
   return Outcome([&] { return Told(file.Save(coalesced, nullptr)); });
 }
 
-std::shared_ptr<void> TakeOurs(const char* path, const char* mode) {
-  const std::shared_ptr<std::FILE> stream(Platform::OpenFile(path, mode), std::fclose);
-  std::fgetc(stream.get());  // a lock counts from the start, wherever the stream stands
-  const int descriptor = Platform::Descriptor(stream.get());
+std::shared_ptr<Platform::File> Open(const char* path, OpenMode mode) {
+  const auto close = [](Platform::File* file) {
+    Platform::CloseFile(*file);
+    delete file;
+  };
+  return {new Platform::File(Platform::OpenFile(path, mode)), close};
+}
+
+std::shared_ptr<void> TakeOurs(const char* path, OpenMode mode) {
+  const auto file = Open(path, mode);
+  char byte;
+  Platform::ReadBytes(*file, &byte, 1);  // a lock counts from the start, wherever the file stands
   errno = 0;
-  return Platform::TryLockBytes(descriptor, Platform::FileLength(descriptor)) ? stream : nullptr;
+  return Platform::TryLockBytes(*file, file->length) ? file : nullptr;
 }
 
 std::vector<TestSystem::TakeLock> Locks() {
   std::vector<TestSystem::TakeLock> locks = TestSystem::ForeignLocks();
-  locks.push_back([](const char* path) { return TakeOurs(path, "r"); });
-  locks.push_back([](const char* path) { return TakeOurs(path, "r+"); });
-  locks.push_back([](const char* path) { return TakeOurs(path, "a+"); });
+  locks.push_back([](const char* path) { return TakeOurs(path, OpenMode::kRead); });
+  locks.push_back([](const char* path) { return TakeOurs(path, OpenMode::kUpdate); });
+  locks.push_back([](const char* path) { return TakeOurs(path, OpenMode::kAppend); });
   return locks;
 }
 
@@ -68,11 +78,11 @@ TEST_F(FileLock, KeepsEveryOtherLockOutAndWaitsForIt) {
     auto lock = take(path.c_str());
     const auto ofEmpty = take(empty.c_str());
     ASSERT_TRUE(lock && ofEmpty);
-    for (const char* mode : {"r", "r+", "a+"}) {
-      EXPECT_FALSE(TakeOurs(path.c_str(), mode)) << mode;
+    for (const OpenMode mode : {OpenMode::kRead, OpenMode::kUpdate, OpenMode::kAppend}) {
+      EXPECT_FALSE(TakeOurs(path.c_str(), mode)) << "mode " << static_cast<int>(mode);
       EXPECT_EQ(errno, TestSystem::kLockedError);
     }
-    // An empty file has no bytes to lock, and neither has one that a save has cut.
+    // An empty file has no bytes to lock, and neither has one that a save has truncated.
     EXPECT_EQ(Reading(empty, true) + Reading(empty, false), "");
     EXPECT_EQ(Saving(path, false, "b=2\n"), "1");
 
@@ -86,11 +96,25 @@ TEST_F(FileLock, KeepsEveryOtherLockOutAndWaitsForIt) {
     EXPECT_TRUE(over);
     holder.join();
     EXPECT_TRUE(take(path.c_str()));  // a read has given its own back
-    std::FILE* stream = Platform::OpenFile(path.c_str(), "r+");
+    const auto file = Open(path.c_str(), OpenMode::kUpdate);
     Configuration::FileLock ours;
-    EXPECT_TRUE(ours.Acquire(stream) && !take(path.c_str()));
+    EXPECT_TRUE(ours.Acquire(*file) && !take(path.c_str()));
     EXPECT_TRUE(ours.Release() && take(path.c_str()));
-    std::fclose(stream);
+  }
+}
+
+TEST_F(FileLock, CoversTheBytesOfTheFileAndNoneAfterThem) {
+  TestFiles::Write(path, "0123456789", std::ios::binary);
+  for (const OpenMode mode : {OpenMode::kRead, OpenMode::kUpdate, OpenMode::kAppend}) {
+    SCOPED_TRACE("mode " + std::to_string(static_cast<int>(mode)));
+    const auto file = Open(path.c_str(), mode);
+    Configuration::FileLock ours;
+    ASSERT_TRUE(ours.Acquire(*file));
+    EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), 0));
+    EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), 9));
+    EXPECT_TRUE(TestSystem::CanLockByte(path.c_str(), 10));
+    EXPECT_TRUE(ours.Release());
+    EXPECT_TRUE(TestSystem::CanLockByte(path.c_str(), 9));
   }
 }
 

@@ -28,6 +28,9 @@ int OpenFiles();
 using TakeLock = std::shared_ptr<void> (*)(const char* path);
 std::vector<TakeLock> ForeignLocks();
 
+/// Whether another program can lock the one byte at `offset` of the file at `path` now.
+bool CanLockByte(const char* path, long offset);
+
 }  // namespace TestSystem
 
 #endif

@@ -25,7 +25,7 @@ std::shared_ptr<void> LockWhole(const char* path, int flags, int operation) {
 }
 
 // The lock of a process, so another one takes it. That ends with the connection.
-std::shared_ptr<void> LockRange(const char* path, short type) {
+std::shared_ptr<void> LockRange(const char* path, short type, long offset = 0, long bytes = 0) {
   int ends[2];
   char taken = 0;
   if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) return nullptr;
@@ -33,6 +33,8 @@ std::shared_ptr<void> LockRange(const char* path, short type) {
     close(ends[0]);
     struct flock range = {};
     range.l_type = type;
+    range.l_start = offset;
+    range.l_len = bytes;  // 0: to the end
     taken = fcntl(open(path, O_RDWR), F_SETLK, &range) == 0;
     _exit(send(ends[1], &taken, 1, 0) == 1 && recv(ends[1], &taken, 1, 0) == 0 ? 0 : 1);
   }
@@ -65,6 +67,10 @@ std::vector<TakeLock> ForeignLocks() {
       [](const char* path) { return LockRange(path, F_WRLCK); },
       [](const char* path) { return LockRange(path, F_RDLCK); },
   };
+}
+
+bool CanLockByte(const char* path, long offset) {
+  return LockRange(path, F_WRLCK, offset, 1) != nullptr;
 }
 
 }  // namespace TestSystem

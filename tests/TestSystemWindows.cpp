@@ -11,6 +11,16 @@
 
 namespace TestSystem {
 
+namespace {
+
+std::shared_ptr<void> Open(const char* path) {
+  return {CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                      OPEN_EXISTING, 0, nullptr),
+          CloseHandle};
+}
+
+}  // namespace
+
 const int kDirectoryError = EACCES, kLongNameError = ENOENT, kLockedError = EACCES;
 
 const bool kHasTextMode = true, kHasDrives = true;
@@ -33,14 +43,15 @@ std::vector<TakeLock> ForeignLocks() {
         return bytes == 0 || _locking(*file, _LK_NBLCK, bytes) == 0 ? file : nullptr;
       },
       [](const char* path) -> std::shared_ptr<void> {  // the last byte alone
-        const std::shared_ptr<void> file(
-            CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                        OPEN_EXISTING, 0, nullptr),
-            CloseHandle);
+        const std::shared_ptr<void> file = Open(path);
         const DWORD size = GetFileSize(file.get(), nullptr);
         return size == 0 || LockFile(file.get(), size - 1, 0, 1, 0) != 0 ? file : nullptr;
       },
   };
+}
+
+bool CanLockByte(const char* path, long offset) {
+  return LockFile(Open(path).get(), static_cast<DWORD>(offset), 0, 1, 0) != 0;
 }
 
 }  // namespace TestSystem

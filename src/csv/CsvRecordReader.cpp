@@ -27,7 +27,8 @@ CsvRecordReader::CsvRecordReader(std::size_t blockBytes)
     : blockBytes_(blockBytes), block_(new char[blockBytes]) {}
 
 std::FILE* CsvRecordReader::Open(const char* path) {
-  stream_.reset(Platform::OpenFile(path, "rb"));
+  file_ = Platform::OpenFile(path, Platform::OpenMode::kReadBinary);
+  if (file_.IsOpen()) stream_.reset(Platform::MakeStream(file_));
   return stream_.get();
 }
 
@@ -50,13 +51,11 @@ bool CsvRecordReader::ReadRecord() {
   return EndsInLineEnd(record_);
 }
 
-// At the end of the file the stream is asked again each time: what another program appends in
-// the meantime is read. A runtime may keep the end in mind beneath the stream, until a seek.
+// At the end of the file the system is asked again each time: what another program appends in the
+// meantime is read. Past the stream, which would only copy the block once more.
 bool CsvRecordReader::Fill() {
-  if (std::feof(stream_.get()) != 0) std::fseek(stream_.get(), 0, SEEK_CUR);
-  std::clearerr(stream_.get());
   at_ = 0;
-  end_ = std::fread(block_.get(), 1, blockBytes_, stream_.get());
+  end_ = Platform::ReadBytes(file_, block_.get(), blockBytes_);
   nextCr_ = Find('\r');
   nextLf_ = Find('\n');
   return end_ > 0;

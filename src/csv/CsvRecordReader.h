@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/Platform.h"
+
 namespace zelconfutils {
 
 /// Cuts a file into records. It owns the open stream, one block of the file, and the record in
@@ -48,6 +50,7 @@ class CsvRecordReader {
 
   const std::size_t blockBytes_;
   const std::unique_ptr<char[]> block_;
+  Platform::File file_;  // what stream_ owns
   std::unique_ptr<std::FILE, Close> stream_;
   std::size_t at_ = 0;      // the next byte of the block to deliver
   std::size_t end_ = 0;     // the bytes in the block

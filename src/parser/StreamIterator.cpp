@@ -21,9 +21,8 @@ StreamIterator::~StreamIterator() = default;
 // Binary, because the runtimes differ in what text mode folds, and the classic locale, because a
 // locale set by the host could convert bytes.
 FileIterator::FileIterator(const char* fileName) : atEnd(false) {
-  if (Platform::IsDirectory(fileName)) throw std::exception();
+  if (!Platform::OpenFile(buffer, fileName)) throw std::exception();
   buffer.pubimbue(std::locale::classic());
-  if (buffer.open(fileName, std::ios::in | std::ios::binary) == nullptr) throw std::exception();
 }
 
 FileIterator::~FileIterator() { CloseFile(); }

@@ -7,63 +7,142 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <ctime>
+#include <initializer_list>
 #include <memory>
 
 namespace zelconfutils::Platform {
 
-std::FILE* OpenFile(const char* path, const char* mode) {
-  std::FILE* stream = std::fopen(path, mode);
-  // For reading alone a directory opens, and only the reading fails.
-  if (stream == nullptr || std::strchr(mode, '+') != nullptr) return stream;
-  struct stat status = {};
-  if (fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode)) {
-    std::fclose(stream);
-    errno = EISDIR;
-    return nullptr;
+namespace {
+
+// Runs a system call until no signal interrupts it.
+template <class Call>
+auto Uninterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) result = call();
+  return result;
+}
+
+int OpenFlags(OpenMode mode) {
+  switch (mode) {
+    case OpenMode::kUpdate:
+      return O_RDWR;
+    case OpenMode::kAppend:
+      return O_RDWR | O_APPEND | O_CREAT;
+    case OpenMode::kReplace:
+      return O_RDWR | O_CREAT | O_TRUNC;
+    default:
+      return O_RDONLY;
   }
+}
+
+}  // namespace
+
+File OpenFile(const char* path, OpenMode mode) {
+  const int flags = OpenFlags(mode);
+  File file;
+  file.descriptor = Uninterrupted([&] { return open(path, flags | O_CLOEXEC, 0666); });
+  if (!file.IsOpen()) return file;
+  file.isWritable = flags != O_RDONLY;
+  struct stat status = {};
+  if (fstat(file.descriptor, &status) != 0) return file;  // whoever needs the length asks again
+  file.length = status.st_size;
+  if (!S_ISDIR(status.st_mode)) return file;
+  // For reading alone a directory opens, and only the reading fails.
+  CloseFile(file);
+  errno = EISDIR;
+  return {};
+}
+
+std::FILE* MakeStream(const File& file) {
+  std::FILE* stream = fdopen(file.descriptor, file.isWritable ? "r+" : "r");
+  if (stream == nullptr) CloseFile(file);
   return stream;
 }
 
-int Descriptor(std::FILE* stream) { return fileno(stream); }
-
-std::int64_t FileLength(int descriptor) {
+std::int64_t FileLength(const File& file) {
   struct stat status = {};
-  return fstat(descriptor, &status) == 0 ? status.st_size : 0;
+  return fstat(file.descriptor, &status) == 0 ? status.st_size : -1;
 }
 
-// flock and fcntl locks do not see each other, and other programs use either. Both together keep
-// all of them out. The fcntl lock belongs to the open file description: the classic kind would
-// be lost when any other descriptor of the file is closed. A write lock needs a writable
-// descriptor; a stream opened "r" takes a read lock, which still keeps every writer out, and asks
-// for foreign read locks, which would let it in.
-bool TryLockBytes(int descriptor, std::int64_t bytes) {
-  if (bytes == 0) return true;  // l_len 0 would mean "to the end, wherever that comes to be"
-  if (flock(descriptor, LOCK_EX | LOCK_NB) != 0) return false;
-  struct flock range = {};
-  range.l_type = F_WRLCK;
+std::size_t ReadBytes(const File& file, char* buffer, std::size_t bytes) {
+  const auto got = Uninterrupted([&] { return read(file.descriptor, buffer, bytes); });
+  return got > 0 ? static_cast<std::size_t>(got) : 0;
+}
+
+bool WriteBytes(const File& file, const char* text, std::size_t bytes) {
+  while (bytes > 0) {
+    const auto taken = Uninterrupted([&] { return write(file.descriptor, text, bytes); });
+    if (taken <= 0) return false;
+    text += taken;
+    bytes -= static_cast<std::size_t>(taken);
+  }
+  return true;
+}
+
+bool CloseFile(const File& file) { return close(file.descriptor) == 0; }
+
+namespace {
+
+// Where flock is made of range locks, as over NFS, an exclusive one takes a writable descriptor.
+// A shared one keeps every writer out, if not every other reader.
+bool LockWhole(const File& file) {
+  if (flock(file.descriptor, LOCK_EX | LOCK_NB) == 0) return true;
+  return errno == EBADF && !file.isWritable && flock(file.descriptor, LOCK_SH | LOCK_NB) == 0;
+}
+
+bool Range(const File& file, int command, short type, std::int64_t bytes, struct flock& range) {
+  range = {};
+  range.l_type = type;
   range.l_whence = SEEK_SET;
   range.l_len = bytes;
-  struct flock foreign = range;
-  const bool readOnly = (fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY;
-  if (readOnly) range.l_type = F_RDLCK;
-  const bool isFree = fcntl(descriptor, F_OFD_GETLK, &foreign) == 0 && foreign.l_type == F_UNLCK;
-  if (isFree && fcntl(descriptor, F_OFD_SETLK, &range) == 0) return true;
-  const int reason = isFree ? errno : EAGAIN;
-  flock(descriptor, LOCK_UN);
+  return fcntl(file.descriptor, command, &range) == 0;
+}
+
+// Some systems, and some file systems, know no locks of open file descriptions.
+bool RangeLocksAreUnknown() {
+  const auto unknown = {EINVAL, ENOLCK, ENOTSUP, EOPNOTSUPP};
+  return std::find(unknown.begin(), unknown.end(), errno) != unknown.end();
+}
+
+// The lock belongs to the open file description: the classic kind would be lost when any other
+// descriptor of the file is closed. A write lock needs a writable descriptor; a file opened for
+// reading takes a read lock, which still keeps every writer out, and asks for foreign read locks,
+// which would let it in.
+bool LockRange(const File& file, std::int64_t bytes) {
+  struct flock range;
+  if (!file.isWritable) {
+    if (!Range(file, F_OFD_GETLK, F_WRLCK, bytes, range)) return RangeLocksAreUnknown();
+    if (range.l_type != F_UNLCK) {
+      errno = EAGAIN;
+      return false;
+    }
+  }
+  return Range(file, F_OFD_SETLK, file.isWritable ? F_WRLCK : F_RDLCK, bytes, range) ||
+         RangeLocksAreUnknown();
+}
+
+}  // namespace
+
+// flock and fcntl locks do not see each other, and other programs use either. Both together keep
+// all of them out; flock alone where it is all that there is.
+bool TryLockBytes(const File& file, std::int64_t bytes) {
+  if (bytes == 0) return true;  // l_len 0 would mean "to the end, wherever that comes to be"
+  if (!LockWhole(file)) return false;
+  if (LockRange(file, bytes)) return true;
+  const int reason = errno;
+  flock(file.descriptor, LOCK_UN);
   errno = reason;
   return false;
 }
 
-bool UnlockBytes(int descriptor, std::int64_t bytes) {
+bool UnlockBytes(const File& file, std::int64_t bytes) {
   if (bytes == 0) return true;
-  struct flock range = {};
-  range.l_type = F_UNLCK;
-  range.l_whence = SEEK_SET;
-  const bool rangeFreed = fcntl(descriptor, F_OFD_SETLK, &range) == 0;
-  return flock(descriptor, LOCK_UN) == 0 && rangeFreed;
+  struct flock range;
+  const bool rangeFreed = Range(file, F_OFD_SETLK, F_UNLCK, 0, range) || RangeLocksAreUnknown();
+  return flock(file.descriptor, LOCK_UN) == 0 && rangeFreed;
 }
 
 void SleepMilliseconds(unsigned milliseconds) {

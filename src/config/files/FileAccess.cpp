@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "ConfigException.h"
 #include "config/files/PathCheck.h"
@@ -29,43 +29,42 @@ constexpr std::size_t kReadBlockBytes = 65536;
   Throw(std::string("Error ") + action + " file \"" + path + "\" : " + reason);
 }
 
-// An open stream with the lock on it. Closing the stream ends the lock.
-class LockedStream {
+// An open file with the lock on it.
+class LockedFile {
  public:
-  LockedStream(FileLock& lock, const char* action, const char* path, const char* mode)
-      : lock_(lock), stream_(Platform::OpenFile(path, mode)) {
-    if (stream_ == nullptr) ThrowFileError(action, path, std::strerror(errno));
+  LockedFile(FileLock& lock, const char* action, const char* path, Platform::OpenMode mode)
+      : lock_(lock), file_(Platform::OpenFile(path, mode)) {
+    if (!file_.IsOpen()) ThrowFileError(action, path, std::strerror(errno));
     try {
-      if (!lock_.Acquire(stream_)) ThrowFileError("locking", path, std::strerror(errno));
+      if (!lock_.Acquire(file_)) ThrowFileError("locking", path, std::strerror(errno));
     } catch (...) {
       Close();
       throw;
     }
   }
-  LockedStream(const LockedStream&) = delete;
-  LockedStream& operator=(const LockedStream&) = delete;
-  ~LockedStream() {
-    if (stream_ != nullptr) Close();
+  LockedFile(const LockedFile&) = delete;
+  LockedFile& operator=(const LockedFile&) = delete;
+  ~LockedFile() {
+    if (file_.IsOpen()) Close();
   }
 
-  std::FILE* Get() const { return stream_; }
+  const Platform::File& Get() const { return file_; }
 
-  // Gives the lock back and closes the stream. False when the system refused bytes at the last.
-  bool Finish() {
-    lock_.Release();
-    return Close();
-  }
+  // The bytes that it had when it was locked.
+  std::size_t Length() const { return static_cast<std::size_t>(lock_.Bytes()); }
 
- private:
+  // Gives the lock back, which closing alone would not do while a forked child has a copy of the
+  // descriptor, and closes the file. False when the system refused bytes at the last.
   bool Close() {
-    const bool closed = std::fclose(stream_) == 0;
-    stream_ = nullptr;
-    lock_.StreamClosed();
+    lock_.Release();
+    const bool closed = Platform::CloseFile(std::exchange(file_, {}));
+    lock_.FileClosed();
     return closed;
   }
 
+ private:
   FileLock& lock_;
-  std::FILE* stream_;
+  Platform::File file_;
 };
 
 // The length of the first line in `text`: up to and with its line feed, or all that fits a line.
@@ -80,19 +79,20 @@ std::size_t FirstLineLength(std::string_view text) {
 }
 
 // Reads in blocks; an unfinished line moves to the front of the next one.
-void ReadLines(std::FILE* stream, ConfigLineList& lines) {
-  const auto fileLength = static_cast<std::size_t>(
-      std::max<std::int64_t>(Platform::FileLength(Platform::Descriptor(stream)), 0));
+void ReadLines(const LockedFile& file, ConfigLineList& lines) {
   // One byte more than the file, so that a small one is read whole and its end is seen at once.
   const std::size_t blockBytes =
-      fileLength == 0 ? kReadBlockBytes
-                      : std::clamp(fileLength + 1, kLongestLineBytes + 1, kReadBlockBytes);
+      file.Length() == 0 ? kReadBlockBytes
+                         : std::clamp(file.Length() + 1, kLongestLineBytes + 1, kReadBlockBytes);
   const std::unique_ptr<char[]> block(new char[blockBytes]);  // read into, so not zeroed
   std::size_t kept = 0;
+  std::size_t total = 0;
   for (bool atEnd = false; !atEnd;) {
     const std::size_t wanted = blockBytes - kept;
-    const std::size_t got = std::fread(block.get() + kept, 1, wanted, stream);
-    atEnd = got < wanted;
+    const std::size_t got = Platform::ReadBytes(file.Get(), block.get() + kept, wanted);
+    total += got;
+    // A short count alone may be a pipe's, or an interruption's.
+    atEnd = got == 0 || (got < wanted && total == file.Length());
     std::string_view unread(block.get(), kept + got);
     for (std::size_t n = FirstLineLength(unread); n != 0; n = FirstLineLength(unread)) {
       lines.AddLine(unread.substr(0, n), true);
@@ -113,28 +113,28 @@ void RequireDirectory(const char* path) {
 
 void Read(ConfigLineList& lines, FileLock& lock, const char* path, bool readOnly,
           bool createIfMissing) {
-  const char* mode = readOnly ? "r" : createIfMissing ? "a+" : "r+";
-  LockedStream stream(lock, "opening", path, mode);
-  std::rewind(stream.Get());  // a stream opened for appending may stand at its end
+  using Platform::OpenMode;
+  LockedFile file(lock, "opening", path,
+                  readOnly          ? OpenMode::kRead
+                  : createIfMissing ? OpenMode::kAppend
+                                    : OpenMode::kUpdate);
   const ConfigLinePosition last = lines.Lines().Last();
   try {
-    ReadLines(stream.Get(), lines);
+    ReadLines(file, lines);
   } catch (...) {
     while (lines.Lines().Last() != last) lines.EraseLine(lines.Lines().Last());
     throw;
   }
-  stream.Finish();
 }
 
 bool Save(ConfigLineList& lines, FileLock& lock, const char* path, bool coalesced,
           const char* target) {
   if (path == nullptr) return false;
   if (target == nullptr || *target == '\0') target = path;
-  LockedStream stream(lock, "saving", target, "w+");
-  // A small file stays in the stream's buffer as a whole: only the flush tells of a full disk.
-  bool accepted = lines.WriteAll(stream.Get(), coalesced) && std::fflush(stream.Get()) == 0;
-  if (accepted) accepted = stream.Finish();
-  if (!accepted) ThrowFileError("saving", target, "file is too big.");
+  LockedFile file(lock, "saving", target, Platform::OpenMode::kReplace);
+  // Some file systems tell of a full disk only when the file is closed.
+  const bool written = lines.WriteAll(file.Get(), coalesced);
+  if (!file.Close() || !written) ThrowFileError("saving", target, "file is too big.");
   return true;
 }
 

@@ -10,7 +10,7 @@
 /// Everything between a file object and the outside: reading, saving, texts in memory, and the
 /// messages that a failure raises. Serves all file classes.
 ///
-/// The functions throw `ConfigException`, and `std::bad_alloc`, with the stream closed. They
+/// The functions throw `ConfigException`, and `std::bad_alloc`, with the file closed. They
 /// change nothing but the lines; what else the failed object holds is its own to release.
 namespace Configuration::FileAccess {
 

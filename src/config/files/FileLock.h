@@ -3,7 +3,8 @@
 #define ZELCONFUTILS_FILES_FILE_LOCK_H
 
 #include <cstdint>
-#include <cstdio>
+
+#include "platform/Platform.h"
 
 namespace Configuration {
 
@@ -18,18 +19,21 @@ class FileLock {
   /// Locks all the bytes that the file has now; a file without bytes is granted at once. A lock
   /// that another holds is waited for, about ten seconds at most. False on failure, with the
   /// reason in `errno`.
-  bool Acquire(std::FILE* stream);
+  bool Acquire(const zelconfutils::Platform::File& file);
 
   /// Gives the lock back. True when nothing is held any more.
   bool Release();
 
-  /// The stream has been closed, and with it its lock.
-  void StreamClosed() { held_ = false; }
+  /// The file has been closed, and with it its lock.
+  void FileClosed() { held_ = false; }
+
+  /// The bytes that the file had when it was locked.
+  std::int64_t Bytes() const { return bytes_; }
 
  private:
-  bool Try();
+  bool Try(std::int64_t bytes);
 
-  int descriptor_ = 0;
+  zelconfutils::Platform::File file_;
   std::int64_t bytes_ = 0;  // that are locked: the length may have changed since
   bool held_ = false;
 };

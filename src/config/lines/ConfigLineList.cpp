@@ -13,12 +13,8 @@ namespace Configuration {
 
 namespace {
 
-constexpr std::size_t kWriteBlockBytes = 32768;  // on the stack: a plain save needs no memory
-
-// A short count without the error indicator is no failure.
-bool Write(std::FILE* stream, const char* bytes, std::size_t count) {
-  return std::fwrite(bytes, 1, count, stream) == count || std::ferror(stream) == 0;
-}
+// On the stack, as a plain save needs no memory, and threads may have little of that.
+constexpr std::size_t kWriteBlockBytes = 16384;
 
 }  // namespace
 
@@ -111,28 +107,29 @@ void ConfigLineList::Clear() noexcept {
   totalLength = 0;
 }
 
-bool ConfigLineList::WriteAll(std::FILE* stream, bool coalesced) {
-  return coalesced ? WriteAtOnce(stream) : WriteInBlocks(stream);
+bool ConfigLineList::WriteAll(const Platform::File& file, bool coalesced) {
+  return coalesced ? WriteAtOnce(file) : WriteInBlocks(file);
 }
 
-bool ConfigLineList::WriteInBlocks(std::FILE* stream) const {
+bool ConfigLineList::WriteInBlocks(const Platform::File& file) const {
   char block[kWriteBlockBytes];
   std::size_t used = 0;
   for (const ConfigLine& line : lines_) {
-    if (line.length > sizeof block - used) {
-      if (!Write(stream, block, std::exchange(used, 0))) return false;
-      if (line.length > sizeof block) {
-        if (!Write(stream, line.text, line.length)) return false;
-        continue;
-      }
+    std::string_view rest = line.View();
+    // Whole blocks, so that each but the last covers whole pages of the file.
+    for (std::size_t room = sizeof block - used; rest.size() > room; room = sizeof block) {
+      std::memcpy(block + sizeof block - room, rest.data(), room);
+      if (!Platform::WriteBytes(file, block, sizeof block)) return false;
+      rest.remove_prefix(room);
+      used = 0;
     }
-    std::memcpy(block + used, line.text, line.length);
-    used += line.length;
+    std::memcpy(block + used, rest.data(), rest.size());
+    used += rest.size();
   }
-  return Write(stream, block, used);
+  return Platform::WriteBytes(file, block, used);
 }
 
-bool ConfigLineList::WriteAtOnce(std::FILE* stream) {
+bool ConfigLineList::WriteAtOnce(const Platform::File& file) {
   if (totalLength == 0) return true;
   if (!ProvideSaveBuffer()) return false;
   char* end = saveBuffer.get();
@@ -141,7 +138,7 @@ bool ConfigLineList::WriteAtOnce(std::FILE* stream) {
     end += line.length;
   }
   *end = '\0';
-  return Write(stream, saveBuffer.get(), totalLength);
+  return Platform::WriteBytes(file, saveBuffer.get(), totalLength);
 }
 
 bool ConfigLineList::ProvideSaveBuffer() {

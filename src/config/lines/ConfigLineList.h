@@ -3,7 +3,6 @@
 #define ZELCONFUTILS_LINES_CONFIG_LINE_LIST_H
 
 #include <cstddef>
-#include <cstdio>
 #include <initializer_list>
 #include <memory>
 #include <string_view>
@@ -11,6 +10,7 @@
 
 #include "config/memory/LinkedList.h"
 #include "config/memory/TextPool.h"
+#include "platform/Platform.h"
 
 namespace Configuration {
 
@@ -77,10 +77,10 @@ class ConfigLineList {
   /// Releases all lines. The save buffer stays.
   void Clear() noexcept;
 
-  /// Writes all lines to `stream`: in blocks as they come, or gathered in the save buffer and
-  /// written with one call. False when the stream reports an error or there is no save buffer to
-  /// be had. What the stream still buffers is the caller's to flush.
-  bool WriteAll(std::FILE* stream, bool coalesced);
+  /// Writes all lines to `file`: in blocks as they come, or gathered in the save buffer and
+  /// written with one call. False when the system does not take every byte or there is no save
+  /// buffer to be had.
+  bool WriteAll(const zelconfutils::Platform::File& file, bool coalesced);
 
   /// Two records refer to a shared line, a section that takes its name from it and another: no
   /// edit may rewrite or erase it. Lines stay shared until `Clear`.
@@ -100,8 +100,8 @@ class ConfigLineList {
   std::unique_ptr<char[]> saveBuffer;
 
  private:
-  bool WriteInBlocks(std::FILE* stream) const;
-  bool WriteAtOnce(std::FILE* stream);
+  bool WriteInBlocks(const zelconfutils::Platform::File& file) const;
+  bool WriteAtOnce(const zelconfutils::Platform::File& file);
   bool ProvideSaveBuffer();
 
   LinkedList<ConfigLine> lines_;
