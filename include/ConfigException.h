@@ -7,7 +7,7 @@
 #include "ZelExport.h"
 
 /// What the file classes throw when a file cannot be read, saved or understood. The object that
-/// threw has then released everything it held and is fit only for destruction.
+/// threw has then released everything it held and must not be used again, only destroyed.
 ///
 /// Owns a copy of its message, and so does each copy of it.
 class ZELCONFUTILS_API ConfigException : public std::exception {

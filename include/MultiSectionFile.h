@@ -32,21 +32,23 @@ struct SectionTokens;
 /// **Text format.** Lines, keys and values are those of `ConfigFile`. A section is a run of lines
 /// from a header to a stop line. What a line means, the first that fits:
 ///
-///     outside a section    a comment; a header: it holds the start token, and no separator in
-///                          front of it; an entry: it holds the separator; nothing
+///     outside a section    a comment; a header: it holds the start token, and no separator
+///                          before it; an entry: it holds the separator; nothing
 ///     inside a section     a comment; the stop line: it holds the stop token, anywhere; an entry
 ///                          of the section: it holds the separator; nothing
 ///
 /// Sections do not nest. A token counts with its line feed: with the stop token `"}\n"` neither a
-/// last line `}` without a line feed nor `} ` closes a section. The name in a header stands behind
+/// last line `}` without a line feed nor `} ` closes a section. The name in a header begins after
 /// the section keyword and exactly one byte more, or at the line's first byte where there is no
-/// keyword; it ends in front of the start token, which is taken to end the line, without the white
-/// space there. Names and keys may repeat, and lookups meet the first.
+/// keyword; it ends before the start token, which is taken to end the line, without the white space
+/// there. Names and keys may repeat, and lookups meet the first.
 ///
-/// A start token that begins with a line feed stands on a line of its own, and the line in front of
-/// it is the section's name line, whatever that line holds. If it is also an entry's line or
-/// another section's stop line, every edit that would rewrite or erase it is refused. Where the
-/// token line is the first line of all, the section has an empty name that cannot be set.
+/// A start token that begins with a line feed stands on a line of its own, and the line before it
+/// is the section's name line, whatever that line holds. If it is also an entry's line or another
+/// section's stop line, every edit that would rewrite or erase it is refused. Where the token line
+/// is the first line of all, the section has an empty name that cannot be set; what is then added
+/// before it, an entry or a section, changes nothing of that in memory, but its last line is the
+/// section's name line when the file is next read.
 ///
 /// **Cursors.** One over the sections, one over the top-level entries, and each section has one of
 /// its own over its entries, unset at first, which keeps its place when the section cursor moves.
@@ -54,13 +56,13 @@ struct SectionTokens;
 /// that the section cursor is at. "Settles the section" says that an operation first moves an unset
 /// section cursor to the first section.
 ///
-/// A delete leaves a cursor on the element behind the deleted one, and the next forward step, of
-/// whichever of the three walks, stays where it is once. "Ends the stay" says that an operation
-/// makes the object forget such a delete.
+/// A delete leaves a cursor on the element after the deleted one and sets the delete mark: the next
+/// forward step, of whichever of the three walks, clears the mark and does not move. "Clears the
+/// delete mark" says that an operation makes the object forget such a delete.
 ///
-/// **Results, failures, threads** are as told for `ConfigFile`; what fails for want of a section
-/// returns what its table says. The constructor, `Reload`, `Save` and `AttachToBuffer` throw
-/// `ConfigException`; afterwards the object is fit only for destruction.
+/// **Results, failures, threads** are as told for `ConfigFile`; what fails for want of a section is
+/// told with each operation. The constructor, `Reload`, `Save` and `AttachToBuffer` throw
+/// `ConfigException`; afterwards the object must not be used again, only destroyed.
 class ZELCONFUTILS_API MultiSectionFile {
  public:
   /// Reads a file, or a text in memory.
@@ -69,13 +71,13 @@ class ZELCONFUTILS_API MultiSectionFile {
   /// @param createIfMissing  see there
   /// @param readOnly         see there
   /// @param fromBuffer       see there
-  /// @param sectionKeyword   stands in front of a section's name; null is empty
+  /// @param sectionKeyword   stands before a section's name; null is empty
   /// @param startToken       ends a section's header line, or forms a line of its own if it begins
   ///                         with a line feed; 2 bytes or more
   /// @param stopToken        forms a section's last line; 2 bytes or more
   /// @param separator        parts key from value
   /// @param comment          begins a comment line
-  /// @param linePrefix       is set in front of each entry that the object composes; null is empty
+  /// @param linePrefix       begins each entry's line that the object composes; null is empty
   ///
   /// Afterwards the section cursor is at the first section and the entry cursor at the first
   /// top-level entry, or at end; with a null `source` both are unset.
@@ -122,30 +124,31 @@ class ZELCONFUTILS_API MultiSectionFile {
   // --- Sections: the cursor and names ---------------------------------------------------------
 
   /// Makes the section cursor and the top-level entry cursor unset; the sections' own cursors keep
-  /// their places. Ends the stay.
+  /// their places. Clears the delete mark.
   void Restart();
 
   /// Goes to the first section of that name, which may be empty; false, and no move, without one.
-  /// Ends the stay.
+  /// Clears the delete mark.
   bool GotoSection(const char* name);
 
-  /// One section forward; from unset to the first; behind a delete not at all, once. False when the
-  /// cursor is at end afterwards. Ends the stay.
+  /// One section forward; from unset to the first; not at all where the delete mark is set. False
+  /// when the cursor is at end afterwards. Clears the delete mark.
   bool GotoNextSection();
 
   /// One section back; from end to the last. False, and no move, from the first, from unset and
-  /// without sections. Ends the stay.
+  /// without sections. Clears the delete mark.
   bool GotoPreviousSection();
 
-  /// To the first section; false, and no move, without sections. Ends the stay.
+  /// To the first section; false, and no move, without sections. Clears the delete mark.
   bool GotoFirstSection();
 
-  /// To the last section; false, and no move, without sections. Ends the stay.
+  /// To the last section; false, and no move, without sections. Clears the delete mark.
   bool GotoLastSection();
 
   /// Copies the current section's name with a terminator to `buffer` of `size` bytes: its length in
   /// bytes, the terminator not counted. 4294967295 without a section (`buffer` is not touched) and
-  /// for a buffer that is too small (all its bytes are 0). Settles the section. Ends the stay.
+  /// for a buffer that is too small (all its bytes are 0). Settles the section. Clears the delete
+  /// mark.
   size_t GetSectionName(char* buffer, size_t size);
 
   /// Writes the current section's name line anew: keyword, blank, name, blank, start token (in the
@@ -153,17 +156,17 @@ class ZELCONFUTILS_API MultiSectionFile {
   /// that the line held goes. The name may have any length and may be in use.
   ///
   /// False without a section and where the section has no name line of its own. Settles the
-  /// section. Ends the stay.
+  /// section. Clears the delete mark.
   bool SetSectionName(const char* name);
 
-  /// The number of sections. Keeps the stay.
+  /// The number of sections. Keeps the delete mark.
   size_t GetSectionCount() const;
 
   // --- Sections: adding and deleting ----------------------------------------------------------
 
-  /// Adds an empty section: a header composed as by `SetSectionName`, and a stop line; behind the
-  /// last line of the file or, `atFront`, in front of the first. The name may be empty and in use.
-  /// Always true. The new section becomes the current one. Ends the stay.
+  /// Adds an empty section: a header composed as by `SetSectionName`, and a stop line; after the
+  /// last line of the file or, `atFront`, before the first. The name may be empty and in use.
+  /// Always true. The new section becomes the current one. Clears the delete mark.
   bool AddSection(const char* name, bool atFront);
 
   /// `AddSection("", atFront)`.
@@ -173,102 +176,106 @@ class ZELCONFUTILS_API MultiSectionFile {
   template <class Character>
   bool AddSection(const Character* name) = delete;
 
-  /// Adds an empty section directly in front of the current one; in front of the first, and from
-  /// unset, at the very top of the file; from end behind the last line. The new section becomes the
-  /// current one. Ends the stay.
+  /// Adds an empty section directly before the current one; before the first, and from unset, at
+  /// the very top of the file; from end after the last line. The new section becomes the current
+  /// one. Clears the delete mark.
   ///
   /// True, but for one case of the two-line form, in which nothing changes: the current section's
-  /// name line is the stop line of the section in front.
+  /// name line is the stop line of the section before it.
   bool InsertSection(const char* name);
 
   /// Deletes the current section with all its lines, from header to stop line; from unset the first
-  /// one. The cursor goes to the section behind it, or to end, and the next `GotoNextSection` stays
-  /// there.
+  /// one. The cursor goes to the section after it, or to end, and the delete mark is set.
   ///
   /// The number of sections that are left. 4294967295 without a section and where its first or last
-  /// line has another owner: nothing is deleted, and the stay is kept.
+  /// line is shared with another section or an entry: nothing is deleted, and the delete mark is
+  /// kept.
   size_t DeleteSection();
 
   /// Goes to the first section of that name and deletes it. 4294967295 without one: the cursor does
-  /// not move, and the stay ends.
+  /// not move, and the delete mark is cleared.
   size_t DeleteSection(const char* name);
 
   // --- The current section's entries: reading -------------------------------------------------
 
-  /// The number of its entries; 0 without a section. Settles the section. Keeps the stay.
+  /// The number of its entries; 0 without a section. Settles the section. Keeps the delete mark.
   size_t GetSecEntryCount() const;
 
   /// Puts its cursor on the first entry with that key; false, and no move, without one. Settles the
-  /// section. Ends the stay.
+  /// section. Clears the delete mark.
   bool GotoSecEntry(const char* key);
 
-  /// One entry forward; from unset to the first; behind a delete not at all, once. False without a
-  /// section and when the cursor is at end afterwards. Settles the section. Ends the stay.
+  /// One entry forward; from unset to the first; not at all where the delete mark is set. False
+  /// without a section and when the cursor is at end afterwards. Settles the section. Clears the
+  /// delete mark.
   bool GotoSecNextEntry();
 
   /// One entry back; from end to the last. False, and no move, from the first, from unset, without
-  /// entries and without a section. Settles the section. Ends the stay.
+  /// entries and without a section. Settles the section. Clears the delete mark.
   bool GotoSecPrevEntry();
 
-  /// To the first entry; false, and no move, without one. Settles the section. Ends the stay.
+  /// To the first entry; false, and no move, without one. Settles the section. Clears the delete
+  /// mark.
   bool GotoSecFirstEntry();
 
-  /// To the last entry; false, and no move, without one. Settles the section. Ends the stay.
+  /// To the last entry; false, and no move, without one. Settles the section. Clears the delete
+  /// mark.
   bool GotoSecLastEntry();
 
-  /// Makes the current section's entry cursor unset. Does not settle the section. Ends the stay.
+  /// Makes the current section's entry cursor unset. Does not settle the section. Clears the delete
+  /// mark.
   void RestartSection();
 
   /// Copies the value of the section's first entry with that key, as `ConfigFile::GetEntry` does.
   /// Without a section 0 and zeros, as without such a key. Moves no entry cursor. Settles the
-  /// section. Ends the stay.
+  /// section. Clears the delete mark.
   size_t GetSectionEntry(const char* key, char* buffer, size_t size);
 
   /// Copies key and value of the section's current entry, as `ConfigFile::GetCurrentEntry` does; an
   /// unset entry cursor goes to the first entry. Without a section 0, and the buffers are not
-  /// written. Settles the section. Unlike its top-level twin it ends the stay.
+  /// written. Settles the section. Unlike `GetCurrentEntry` it clears the delete mark.
   size_t GetSecCurrentEntry(char* keyBuffer, size_t keySize, char* valueBuffer, size_t valueSize);
 
   // --- The current section's entries: editing -------------------------------------------------
   // Limits and what survives of a line are as told for `ConfigFile`. A section's operations differ
-  // from the top-level ones on purpose, in their cursors and in the stay.
+  // from the top-level ones on purpose, in their cursors and in the delete mark.
 
   /// Sets the value of the section's current entry: 2 written, 1 already so, 0 without a section or
-  /// a current entry and when more than 1023 bytes stand behind the value. Does not settle the
-  /// section, and an unset entry cursor is no current entry. Ends the stay.
+  /// a current entry and when more than 1023 bytes stand after the value. Does not settle the
+  /// section, and an unset entry cursor is no current entry. Clears the delete mark.
   size_t SetSecCurrentEntry(const char* value);
 
   /// Gives the section's current entry another key; an unset entry cursor goes to the first entry,
   /// also when the key is refused. False as for `RenameEntry` and without a section. Settles the
-  /// section. Ends the stay.
+  /// section. Clears the delete mark.
   bool RenameSectionEntry(const char* newKey);
 
-  /// Adds an entry directly in front of the section's stop line. False without a section and when
-  /// the line would have more than 1023 bytes. The entry cursor does not move: at end it stays
-  /// behind the new entry. Settles the section. Ends the stay.
+  /// Adds an entry directly before the section's stop line. False without a section and when the
+  /// line would have more than 1023 bytes. The entry cursor does not move: at end it stays after
+  /// the new entry. Settles the section. Clears the delete mark.
   bool AddSectionEntry(const char* key, const char* value);
 
   /// Sets the value of the section's first entry with that key, or adds one: 2 written or added, 1
   /// already so, 0 without a section and when the edit is refused. The entry cursor does not move.
-  /// Settles the section. Ends the stay.
+  /// Settles the section. Clears the delete mark.
   size_t SetSectionEntry(const char* key, const char* value);
 
-  /// Inserts an entry directly in front of the section's current one and makes it the current one.
-  /// From unset in front of the first; at end, and without entries, as `AddSectionEntry`: the
-  /// cursor stays at end. With `replaceExisting`, a key that exists is set instead, and the cursor
-  /// stays.
+  /// Inserts an entry directly before the section's current one and makes it the current one. From
+  /// unset before the first; at end, and without entries, as `AddSectionEntry`: the cursor stays at
+  /// end. With `replaceExisting`, a key that exists is set instead, and the cursor stays.
   ///
-  /// False without a section (the stay is kept) and when the line would have more than 1023 bytes.
-  /// Settles the section. Ends the stay.
+  /// False without a section (the delete mark is kept) and when the line would have more than 1023
+  /// bytes. Settles the section. Clears the delete mark.
   bool InsertSectionEntry(const char* key, const char* value, bool replaceExisting);
 
   /// Deletes the section's first entry with that key, with its line. The entry cursor goes to the
-  /// entry behind it, or to end, wherever it was, and the next `GotoSecNextEntry` stays there.
-  /// False without a section or such a key: the stay ends. Settles the section.
+  /// entry after it, or to end, wherever it was, and the delete mark is set. False without a
+  /// section or such a key: the delete mark is cleared. Settles the section.
   bool DeleteSectionEntry(const char* key);
 
   /// Deletes the section's current entry likewise. False without a section or a current entry: the
-  /// stay ends. Does not settle the section, and an unset entry cursor is no current entry.
+  /// delete mark is cleared. Does not settle the section, and an unset entry cursor is no current
+  /// entry.
   bool DeleteSectionEntry();
 
   // --- Top-level entries ----------------------------------------------------------------------
@@ -289,7 +296,7 @@ class ZELCONFUTILS_API MultiSectionFile {
   size_t GetEntry(const char* key, char* buffer, size_t size);
   /// As `ConfigFile::GetCurrentEntry`.
   size_t GetCurrentEntry(char* keyBuffer, size_t keySize, char* valueBuffer, size_t valueSize);
-  /// The number of top-level entries: no section's entries count. Keeps the stay.
+  /// The number of top-level entries: no section's entries count. Keeps the delete mark.
   size_t GetEntryCount() const;
   /// As `ConfigFile::RenameEntry`.
   bool RenameEntry(const char* newKey);
@@ -320,22 +327,22 @@ class ZELCONFUTILS_API MultiSectionFile {
   /// @name Members
   /// All pointers are owned; null means absent or released.
   /// @{
-  char* path = nullptr;            ///< what `Read` and `Save` open; null: no file
-  char* startToken = nullptr;      ///< ends a header line, or is a line of its own
-  char* stopToken = nullptr;       ///< a section's last line
-  char* separator = nullptr;       ///< parts key from value
-  char* comment = nullptr;         ///< begins a comment line
-  char* sectionKeyword = nullptr;  ///< in front of a section's name; may be empty
-  char* linePrefix = nullptr;      ///< in front of each composed entry; may be empty
-  char* lineBuffer = nullptr;      ///< 1024 bytes: the line being composed
-  char* tailBuffer = nullptr;    ///< 1024 bytes: what stands behind a part that is being rewritten
-  bool afterDelete = false;      ///< the next forward step stays where it is
-  bool readOnly = false;         ///< `Read` opens for reading only
-  bool createIfMissing = false;  ///< `Read` makes a missing file, empty
-  size_t separatorLength = 0;    ///< in bytes
-  size_t sectionKeywordLength = 0;                 ///< in bytes
-  size_t linePrefixLength = 0;                     ///< in bytes
-  ConfigLineList* lines = nullptr;                 ///< the image: all lines of the file
+  char* path = nullptr;             ///< what `Read` and `Save` open; null: no file
+  char* startToken = nullptr;       ///< ends a header line, or is a line of its own
+  char* stopToken = nullptr;        ///< a section's last line
+  char* separator = nullptr;        ///< parts key from value
+  char* comment = nullptr;          ///< begins a comment line
+  char* sectionKeyword = nullptr;   ///< before a section's name; may be empty
+  char* linePrefix = nullptr;       ///< begins each composed entry's line; may be empty
+  char* lineBuffer = nullptr;       ///< 1024 bytes: the line being composed
+  char* tailBuffer = nullptr;       ///< 1024 bytes for a derived class; nothing here needs them
+  bool afterDelete = false;         ///< the delete mark: the next forward step does not move
+  bool readOnly = false;            ///< `Read` opens for reading only
+  bool createIfMissing = false;     ///< `Read` makes a missing file, empty
+  size_t separatorLength = 0;       ///< in bytes
+  size_t sectionKeywordLength = 0;  ///< in bytes
+  size_t linePrefixLength = 0;      ///< in bytes
+  ConfigLineList* lines = nullptr;  ///< the image: all lines of the file
   ConfigSectionList* sections = nullptr;           ///< in file order
   ConfigEntryList* entries = nullptr;              ///< those outside sections, in file order
   ConfigSectionPosition* sectionCursor = nullptr;  ///< the current section

@@ -18,9 +18,9 @@ class ZELCONFUTILS_API SmartBuffer {
   SmartBuffer(const SmartBuffer&) = delete;
   ~SmartBuffer();
 
-  /// Takes over the other's pointer and size as they stand and releases nothing: both objects
-  /// then name one block, and this one's earlier block is without an owner. Only one of the two
-  /// may be destroyed afterwards; the caller sees to that.
+  /// Takes over the other's pointer and size as they stand and releases nothing: both objects then
+  /// name one block, and this one's earlier block is without an owner. Only one of the two may be
+  /// destroyed afterwards; the caller ensures that.
   SmartBuffer& operator=(const SmartBuffer& other);
 
   /// The block.

@@ -20,7 +20,7 @@ namespace Configuration {
 
 ConfigFile::ConfigFile() = default;
 
-// Behind the delegation the object counts as built: whatever throws, the destructor cleans up.
+// After the delegation the object counts as built: whatever throws, the destructor cleans up.
 ConfigFile::ConfigFile(const char* source, bool create, bool readOnlyMode, bool fromBuffer,
                        const char* separatorToken, const char* commentToken, const char* prefix)
     : ConfigFile() {

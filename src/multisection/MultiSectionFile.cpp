@@ -37,7 +37,7 @@ struct FreshSections : FreshContent {
 
 MultiSectionFile::MultiSectionFile() = default;
 
-// Behind the delegation the object counts as built: whatever throws, the destructor cleans up.
+// After the delegation the object counts as built: whatever throws, the destructor cleans up.
 MultiSectionFile::MultiSectionFile(const char* source, bool create, bool readOnlyMode,
                                    bool fromBuffer, const char* keyword, const char* start,
                                    const char* stop, const char* separatorToken,

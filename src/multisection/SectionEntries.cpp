@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The entries of the current section. Most operations are: end the stay, settle the section, do
-// what the top level does. Those that differ in cursor or flag differ on purpose.
+// The entries of the current section. Most operations are: clear the delete mark, settle the
+// section, do what the top level does. Those that differ in cursor or mark differ on purpose.
 #include "MultiSectionFile.h"
 #include "config/entries/EntryOperations.h"
 #include "config/entries/Walk.h"

@@ -27,7 +27,7 @@ bool LoadSections(ConfigLineList& lines, const SectionSyntax::SectionTokens& tok
                   ConfigSectionList& sections, ConfigEntryList& entries) {
   const std::size_t separatorLength = tokens.separator.size();
   ConfigSection* open = nullptr;
-  ConfigLinePosition before;  // the line in front of the current one; unset at the first
+  ConfigLinePosition before;  // the line before the current one; unset at the first
   for (ConfigLinePosition line = lines.First(); line.IsAtElement(); line.StepForward()) {
     if (open != nullptr) {
       const auto [kind, separatorAt] = SectionSyntax::ClassifyInside(line->View(), tokens);

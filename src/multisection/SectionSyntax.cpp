@@ -33,9 +33,9 @@ LineClass ClassifyInside(std::string_view line, const SectionTokens& tokens) {
 NameSpan CutName(std::string_view nameLine, const SectionTokens& tokens) {
   // Where the token was found plays no part: it is taken to stand at the line's end.
   const std::size_t tokenLength = tokens.IsTwoLineForm() ? 0 : tokens.StartNeedle().size();
-  const std::string_view front = nameLine.substr(0, nameLine.size() - tokenLength);
-  std::size_t end = EntrySyntax::TrimmedLength(front);
-  if (end == 1 && Text::IsSpace(front[0])) end = 0;
+  const std::string_view untilToken = nameLine.substr(0, nameLine.size() - tokenLength);
+  std::size_t end = EntrySyntax::TrimmedLength(untilToken);
+  if (end == 1 && Text::IsSpace(untilToken[0])) end = 0;
 
   std::size_t start = 0;
   if (const std::size_t keywordAt = Find(nameLine, tokens.keyword); keywordAt != kNone) {

@@ -24,7 +24,7 @@ struct SectionTokens {
   std::string_view comment;
   std::string_view keyword;
 
-  /// The name stands on a line of its own, in front of the line with the start token.
+  /// The name stands on a line of its own, before the line with the start token.
   bool IsTwoLineForm() const { return startToken.substr(0, 1) == "\n"; }
   std::string_view StartNeedle() const { return WithoutLeadingLineFeed(startToken); }
   std::string_view StopNeedle() const { return WithoutLeadingLineFeed(stopToken); }
@@ -37,8 +37,8 @@ struct LineClass {
   std::size_t separatorAt;  ///< of an entry
 };
 
-/// A line outside sections: header, comment, entry or nothing, the first that fits. A separator in
-/// front of the start token makes it an entry.
+/// A line outside sections: header, comment, entry or nothing, the first that fits. A separator
+/// before the start token makes it an entry.
 LineClass ClassifyOutside(std::string_view line, const SectionTokens& tokens);
 
 /// A line inside a section: comment, stop line, entry or nothing, the first that fits. Sections do
@@ -50,7 +50,7 @@ struct NameSpan {
   std::size_t length;
 };
 
-/// The section's name in its name line: from behind the keyword and one more byte, or from the
+/// The section's name in its name line: from after the keyword and one more byte, or from the
 /// line's first byte, up to the start token that is taken to end the line (in the two-line form up
 /// to the line's end), less the white space there.
 NameSpan CutName(std::string_view nameLine, const SectionTokens& tokens);

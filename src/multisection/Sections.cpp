@@ -57,7 +57,7 @@ ConfigSectionPosition Insert(const SectionsScope& scope, Place place, std::strin
   return section;
 }
 
-// Whether the section's name line ends the section in front of it.
+// Whether the section's name line ends the section before it.
 bool SharesLineWithPrevious(ConfigSectionPosition section) {
   ConfigSectionPosition previous = section;
   previous.StepBack();
@@ -125,7 +125,7 @@ bool MultiSectionFile::AddSection(bool atFront) { return AddSection("", atFront)
 
 bool MultiSectionFile::InsertSection(const char* name) {
   Walk::Settle(*sections, *sectionCursor);
-  // In front of the first section means the very top of the file, also of an empty one.
+  // Before the first section means the very top of the file, also of an empty one.
   if (*sectionCursor == sections->First()) return AddSection(name, true);
   if (sectionCursor->IsEnd()) return AddSection(name, false);
   const ConfigSectionPosition current = *sectionCursor;
@@ -142,8 +142,8 @@ std::size_t MultiSectionFile::DeleteSection() {
       lines->IsShared(section->stopLine)) {
     return kNoSection;
   }
-  const ConfigLinePosition behind = section->stopLine.Next();
-  for (ConfigLinePosition line = section->startLine; line != behind;) line = lines->EraseLine(line);
+  const ConfigLinePosition after = section->stopLine.Next();
+  for (ConfigLinePosition line = section->startLine; line != after;) line = lines->EraseLine(line);
   *sectionCursor = sections->Erase(*sectionCursor);
   afterDelete = true;
   return sections->Count();

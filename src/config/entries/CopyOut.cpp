@@ -7,8 +7,15 @@
 
 namespace Configuration {
 
+namespace {
+
+// Asked of the sizes: a text of `kTooSmall` bytes would have that result too.
+bool Fits(std::string_view text, Buffer buffer) { return text.size() < buffer.size; }
+
+}  // namespace
+
 std::size_t CopyOut(std::string_view text, Buffer buffer) {
-  if (buffer.size < text.size() + 1) {
+  if (!Fits(text, buffer)) {
     CopyNothing(buffer);
     return kTooSmall;
   }
@@ -19,10 +26,13 @@ std::size_t CopyOut(std::string_view text, Buffer buffer) {
 
 std::size_t CopyOut(const ConfigEntry& entry, Buffer key, Buffer value) {
   std::size_t result = 0;
-  if (key.bytes != nullptr) result = CopyOut(entry.Name(), key);
-  if (value.bytes == nullptr || result == kTooSmall) return result;
+  if (key.bytes != nullptr) {
+    result = CopyOut(entry.Name(), key);
+    if (!Fits(entry.Name(), key)) return result;
+  }
+  if (value.bytes == nullptr) return result;
   const std::size_t valueResult = CopyOut(entry.Value(), value);
-  return valueResult == kTooSmall || result == 0 ? valueResult : result;
+  return result == 0 || !Fits(entry.Value(), value) ? valueResult : result;
 }
 
 std::size_t CopyValueOf(ConfigEntryList& entries, std::string_view key, Buffer buffer) {

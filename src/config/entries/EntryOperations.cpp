@@ -22,7 +22,7 @@ bool AddEntry(EntryScope scope, const char* key, const char* value, bool atBegin
 
 bool InsertEntry(EntryScope scope, const char* key, const char* value) {
   Walk::Settle(scope.entries, scope.cursor);
-  // In front of the first entry means the very top of the file, also of an empty one.
+  // Before the first entry means the very top of the file, also of an empty one.
   if (scope.cursor == scope.entries.First()) return AddEntry(scope, key, value, true);
   if (scope.cursor.IsEnd()) return AddEntry(scope, key, value, false);
   scope.afterDelete = false;

@@ -35,8 +35,8 @@ inline bool IsComment(std::string_view line, std::string_view comment) {
 ///
 ///     head  key  gap  separator  value  tail
 ///
-/// Head and gap are white space, the tail is white space with the line end. White space right
-/// behind the separator belongs to the value.
+/// Head and gap are white space, the tail is white space with the line end. White space right after
+/// the separator belongs to the value.
 struct EntrySpans {
   std::size_t key;
   std::size_t keyLength;
@@ -47,12 +47,12 @@ struct EntrySpans {
 /// The parts of `line`, whose first separator stands at `separatorAt`.
 EntrySpans Parse(std::string_view line, std::size_t separatorAt, std::size_t separatorLength);
 
-/// Where the key in front of the separator at `separatorAt` ends: behind its last byte that is
-/// not white space, but behind the line's first byte where all are. 0 for a separator at 0.
+/// Where the key before the separator at `separatorAt` ends: after its last byte that is not white
+/// space, but after the line's first byte where all are. 0 for a separator at 0.
 std::size_t KeyEnd(std::string_view line, std::size_t separatorAt);
 
-/// The offset behind the last byte of `text` that is not white space; at least 1 where `text` is
-/// not empty.
+/// The offset after the last byte of `text` that is not white space; at least 1 where `text` is not
+/// empty.
 std::size_t TrimmedLength(std::string_view text);
 
 /// The longest composed line with its line feed and its terminator.

@@ -7,9 +7,9 @@
 
 #include "config/memory/LinkedList.h"
 
-/// The moves of every cursor that the file classes have: over the entries of a file, the entries
-/// of a section, the sections. `afterDelete` says that a delete has left a cursor on the element
-/// behind the deleted one, so that the next forward step stays where it is.
+/// The moves of every cursor that the file classes have: over the entries of a file, the entries of
+/// a section, the sections. `afterDelete` is the delete mark: a delete has left a cursor on the
+/// element after the deleted one, and the next forward step does not move.
 namespace Configuration::Walk {
 
 /// An unset cursor goes to the first position, which is end in an empty list.
@@ -20,10 +20,10 @@ void Settle(LinkedList<Element>& list, LinkedListPosition<Element>& cursor) {
 
 template <class Element>
 bool Forward(LinkedList<Element>& list, LinkedListPosition<Element>& cursor, bool& afterDelete) {
-  const bool stay = std::exchange(afterDelete, false);
+  const bool alreadyThere = std::exchange(afterDelete, false);
   if (cursor.IsUnset()) {
     cursor = list.First();
-  } else if (cursor.IsAtElement() && !stay) {
+  } else if (cursor.IsAtElement() && !alreadyThere) {
     cursor.StepForward();
   }
   return cursor.IsAtElement();

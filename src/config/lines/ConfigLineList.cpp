@@ -83,7 +83,7 @@ ConfigLinePosition ConfigLineList::InsertLines(ConfigLinePosition position,
 bool ConfigLineList::GrowLine(ConfigLinePosition position, std::size_t n) {
   if (n == 0) return false;
   const bool moved = position->Grow(texts_, n);
-  totalLength += n;  // behind Grow: a failed allocation must not leave a wrong total
+  totalLength += n;  // after Grow: a failed allocation must not leave a wrong total
   return moved;
 }
 

@@ -14,9 +14,9 @@
 
 namespace Configuration {
 
-/// Room behind the text of a new line, so that most longer values need no new block.
+/// Room after the text of a new line, so that most longer values need no new block.
 constexpr std::size_t kNewLineSlack = 33;
-/// Room behind a text that has outgrown its block.
+/// Room after a text that has outgrown its block.
 constexpr std::size_t kGrownLineSlack = 32;
 /// The first save buffer, if the file fits it.
 constexpr std::size_t kFirstSaveBufferBytes = 65536;
@@ -26,11 +26,11 @@ constexpr std::size_t kSaveBufferSlack = 1025;
 /// One stored physical line, its line end included if it has one.
 ///
 /// The text is a block of its own in the pool of the line's list: no edit of one line moves
-/// another. A NUL byte is a byte like any other; one more stands behind the text.
+/// another. A NUL byte is a byte like any other; one more stands after the text.
 struct ConfigLine {
   char* text = nullptr;
-  std::size_t length = 0;    ///< bytes in front of the terminator
-  std::size_t capacity = 0;  ///< the longest text that the block holds in front of its terminator
+  std::size_t length = 0;    ///< bytes before the terminator
+  std::size_t capacity = 0;  ///< the longest text that the block holds before its terminator
 
   std::string_view View() const { return {text, length}; }
 
@@ -52,15 +52,15 @@ class ConfigLineList {
   /// Takes over the save buffer of a list that this one is about to replace.
   void InheritSaveBuffer(ConfigLineList& former) noexcept;
 
-  /// Adds a line with a copy of `text` behind the last line or in front of the first.
+  /// Adds a line with a copy of `text` after the last line or before the first.
   void AddLine(std::string_view text, bool atEnd);
 
-  /// Inserts a line with a copy of `text` in front of `position`, which then names the new line.
-  /// When memory runs out nothing has changed.
+  /// Inserts a line with a copy of `text` before `position`, which then names the new line. When
+  /// memory runs out nothing has changed.
   void InsertLine(ConfigLinePosition& position, std::string_view text);
 
-  /// Inserts lines with copies of `texts`, in order, in front of `position`: all, or none when
-  /// memory runs out. The result is the position of the first.
+  /// Inserts lines with copies of `texts`, in order, before `position`: all, or none when memory
+  /// runs out. The result is the position of the first.
   ConfigLinePosition InsertLines(ConfigLinePosition position,
                                  std::initializer_list<std::string_view> texts);
 
@@ -71,7 +71,7 @@ class ConfigLineList {
   /// terminator, otherwise the caller writes over the bytes.
   void ShrinkLine(ConfigLinePosition position, std::size_t n, bool terminate);
 
-  /// Releases the line; the result is the position of the line that stood behind it.
+  /// Releases the line; the result is the position of the line that stood after it.
   ConfigLinePosition EraseLine(ConfigLinePosition position) noexcept;
 
   /// Releases all lines. The save buffer stays.
