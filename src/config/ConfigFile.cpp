@@ -11,6 +11,7 @@
 #include "config/entries/Walk.h"
 #include "config/files/FileAccess.h"
 #include "config/files/FreshContent.h"
+#include "config/lines/LineText.h"
 #include "config/memory/Release.h"
 #include "text/Text.h"
 
@@ -108,7 +109,7 @@ void ConfigFile::ClearAll() {
 bool ConfigFile::AttachToBuffer(const char* text, const char* newPath) {
   FreshContent fresh;
   std::unique_ptr<char[]> freshPath(Text::Duplicate(newPath));
-  const bool complete = FileAccess::CutIntoLines(text, *fresh.lines);
+  const bool complete = LineText::Split(text, *fresh.lines);
   if (complete) {
     EntryIndex::AppendAll(*fresh.entries, *fresh.lines, {separator, separatorLength}, comment);
   }
@@ -119,7 +120,7 @@ bool ConfigFile::AttachToBuffer(const char* text, const char* newPath) {
 }
 
 bool ConfigFile::SaveToBuffer(char* buffer, std::size_t size) {
-  return FileAccess::CopyImage(*lines, buffer, size);
+  return LineText::CopyImage(*lines, buffer, size);
 }
 
 void ConfigFile::Restart() {

@@ -6,8 +6,10 @@
 
 #include "config/entries/EntryEdit.h"
 #include "config/entries/EntrySyntax.h"
+#include "config/files/Failure.h"
 #include "config/files/FileAccess.h"
 #include "config/files/FreshContent.h"
+#include "config/lines/LineText.h"
 #include "config/memory/Release.h"
 #include "multisection/ConfigSection.h"
 #include "multisection/SectionLoad.h"
@@ -63,7 +65,7 @@ MultiSectionFile::MultiSectionFile(const char* source, bool create, bool readOnl
   createIfMissing = create;
   if (std::strlen(startToken) < kShortestTokenBytes ||
       std::strlen(stopToken) < kShortestTokenBytes) {
-    FileAccess::ThrowTokenTooShort();
+    Failure::ThrowTokenTooShort();
   }
   lineBuffer = new char[EntrySyntax::kWorkBufferBytes];
   tailBuffer = new char[EntrySyntax::kWorkBufferBytes];
@@ -112,7 +114,7 @@ void MultiSectionFile::Load() try {
   ConfigSectionList addedSections(sections->GetPool());
   ConfigEntryList addedEntries(entries->GetPool());
   if (!LoadSections(*lines, Tokens(), addedSections, addedEntries)) {
-    FileAccess::ThrowCorrupted(path);
+    Failure::ThrowCorrupted(path);
   }
   sections->TakeAll(addedSections);
   entries->TakeAll(addedEntries);
@@ -128,7 +130,7 @@ void MultiSectionFile::Reload() try {
   FreshSections fresh;
   FileAccess::Read(*fresh.lines, *fileLock, path, readOnly, createIfMissing);
   if (!LoadSections(*fresh.lines, Tokens(), *fresh.sections, *fresh.entries)) {
-    FileAccess::ThrowCorrupted(path);
+    Failure::ThrowCorrupted(path);
   }
   fresh.SwapIn(lines, entries, *entryCursor);
   fresh.SwapIn(sections, *sectionCursor);
@@ -151,9 +153,9 @@ void MultiSectionFile::ClearAll() {
 bool MultiSectionFile::AttachToBuffer(const char* text, const char* newPath) try {
   FreshSections fresh;
   std::unique_ptr<char[]> freshPath(Text::Duplicate(newPath));
-  const bool complete = FileAccess::CutIntoLines(text, *fresh.lines);
+  const bool complete = LineText::Split(text, *fresh.lines);
   if (complete && !LoadSections(*fresh.lines, Tokens(), *fresh.sections, *fresh.entries)) {
-    FileAccess::ThrowCorrupted(newPath);
+    Failure::ThrowCorrupted(newPath);
   }
   fresh.SwapIn(lines, entries, *entryCursor);
   fresh.SwapIn(sections, *sectionCursor);
@@ -166,7 +168,7 @@ bool MultiSectionFile::AttachToBuffer(const char* text, const char* newPath) try
 }
 
 bool MultiSectionFile::SaveToBuffer(char* buffer, std::size_t size) {
-  return FileAccess::CopyImage(*lines, buffer, size);
+  return LineText::CopyImage(*lines, buffer, size);
 }
 
 SectionSyntax::SectionTokens MultiSectionFile::Tokens() const {

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <utility>
 
-#include "ConfigException.h"
+#include "config/files/Failure.h"
 #include "config/files/PathCheck.h"
+#include "config/lines/LineText.h"
 #include "platform/Platform.h"
 
 namespace Platform = zelconfutils::Platform;
@@ -19,24 +19,16 @@ namespace Configuration::FileAccess {
 
 namespace {
 
-// A physical line that is longer is stored as several lines; written back, they join up again.
-constexpr std::size_t kLongestLineBytes = 1023;
 constexpr std::size_t kReadBlockBytes = 65536;
-
-[[noreturn]] void Throw(const std::string& message) { throw ConfigException(message.c_str()); }
-
-[[noreturn]] void ThrowFileError(const char* action, const char* path, const char* reason) {
-  Throw(std::string("Error ") + action + " file \"" + path + "\" : " + reason);
-}
 
 // An open file with the lock on it.
 class LockedFile {
  public:
   LockedFile(FileLock& lock, const char* action, const char* path, Platform::OpenMode mode)
       : lock_(lock), file_(Platform::OpenFile(path, mode)) {
-    if (!file_.IsOpen()) ThrowFileError(action, path, std::strerror(errno));
+    if (!file_.IsOpen()) Failure::Throw(action, path, std::strerror(errno));
     try {
-      if (!lock_.Acquire(file_)) ThrowFileError("locking", path, std::strerror(errno));
+      if (!lock_.Acquire(file_)) Failure::Throw("locking", path, std::strerror(errno));
     } catch (...) {
       Close();
       throw;
@@ -67,23 +59,13 @@ class LockedFile {
   Platform::File file_;
 };
 
-// The length of the first line in `text`: up to and with its line feed, or all that fits a line.
-// 0 when `text` ends in front of both.
-std::size_t FirstLineLength(std::string_view text) {
-  const std::string_view reach = text.substr(0, kLongestLineBytes);
-  const void* end = std::memchr(reach.data(), '\n', reach.size());
-  if (end != nullptr) {
-    return static_cast<std::size_t>(static_cast<const char*>(end) - reach.data()) + 1;
-  }
-  return reach.size() == kLongestLineBytes ? kLongestLineBytes : 0;
-}
-
 // Reads in blocks; an unfinished line moves to the front of the next one.
 void ReadLines(const LockedFile& file, ConfigLineList& lines) {
   // One byte more than the file, so that a small one is read whole and its end is seen at once.
   const std::size_t blockBytes =
-      file.Length() == 0 ? kReadBlockBytes
-                         : std::clamp(file.Length() + 1, kLongestLineBytes + 1, kReadBlockBytes);
+      file.Length() == 0
+          ? kReadBlockBytes
+          : std::clamp(file.Length() + 1, LineText::kLongestLineBytes + 1, kReadBlockBytes);
   const std::unique_ptr<char[]> block(new char[blockBytes]);  // read into, so not zeroed
   std::size_t kept = 0;
   std::size_t total = 0;
@@ -94,7 +76,8 @@ void ReadLines(const LockedFile& file, ConfigLineList& lines) {
     // A short count alone may be a pipe's, or an interruption's.
     atEnd = got == 0 || (got < wanted && total == file.Length());
     std::string_view unread(block.get(), kept + got);
-    for (std::size_t n = FirstLineLength(unread); n != 0; n = FirstLineLength(unread)) {
+    for (std::size_t n = LineText::FirstLineLength(unread); n != 0;
+         n = LineText::FirstLineLength(unread)) {
       lines.AddLine(unread.substr(0, n), true);
       unread.remove_prefix(n);
     }
@@ -108,7 +91,7 @@ void ReadLines(const LockedFile& file, ConfigLineList& lines) {
 
 void RequireDirectory(const char* path) {
   const PathCheck check(path, false);
-  if (!check.Exists()) Throw(std::string("Path ") + check.Text() + " does not exist.");
+  if (!check.Exists()) Failure::ThrowNoDirectory(check.Text());
 }
 
 void Read(ConfigLineList& lines, FileLock& lock, const char* path, bool readOnly,
@@ -134,39 +117,8 @@ bool Save(ConfigLineList& lines, FileLock& lock, const char* path, bool coalesce
   LockedFile file(lock, "saving", target, Platform::OpenMode::kReplace);
   // Some file systems tell of a full disk only when the file is closed.
   const bool written = lines.WriteAll(file.Get(), coalesced);
-  if (!file.Close() || !written) ThrowFileError("saving", target, "file is too big.");
+  if (!file.Close() || !written) Failure::Throw("saving", target, "file is too big.");
   return true;
 }
-
-bool CutIntoLines(const char* text, ConfigLineList& lines) {
-  while (const char* end = std::strchr(text, '\n')) {
-    const std::string_view line(text, static_cast<std::size_t>(end - text) + 1);
-    if (line.size() > kLongestLineBytes) return false;
-    lines.AddLine(line, true);
-    text = end + 1;
-  }
-  return true;
-}
-
-bool CopyImage(const ConfigLineList& lines, char* buffer, std::size_t size) {
-  if (size == 0) return false;
-  char* end = buffer;
-  for (const ConfigLine& line : lines.Lines()) {
-    if (line.length >= size - static_cast<std::size_t>(end - buffer)) {
-      *buffer = '\0';
-      return false;
-    }
-    std::memcpy(end, line.text, line.length);
-    end += line.length;
-  }
-  *end = '\0';
-  return true;
-}
-
-void ThrowCorrupted(const char* path) {
-  Throw(std::string("File \"") + (path != nullptr ? path : "") + "\" is corrupted!");
-}
-
-void ThrowTokenTooShort() { Throw("Length of section's start & stop tokens must be at least 2!"); }
 
 }  // namespace Configuration::FileAccess
