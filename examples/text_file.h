@@ -32,15 +32,22 @@ inline std::string ReadBytes(const std::string& path) {
   return bytes;
 }
 
-/// The image of a `ConfigFile` or `MultiSectionFile`: the bytes that `Save` would write. `room` is
-/// the first size of the block, in bytes; it grows from there, which costs more than the copying.
+/// The image of a `ConfigFile` or `MultiSectionFile` as it stands in memory. `room` is the first
+/// size of the block, in bytes; it grows from there, which costs more than the copying.
 template <class File>
-std::string ImageOf(File& file, std::size_t room = 65536) {
+std::string TextOf(File& file, std::size_t room = 65536) {
   // The object does not tell the size, and the image may hold NUL bytes: its terminator is the
   // last NUL in a block that was filled with something else.
-  std::string image(room, '\xFF');
-  while (!file.SaveToBuffer(image.data(), image.size())) image.assign(image.size() * 2, '\xFF');
-  image.resize(image.rfind('\0'));
+  std::string text(room, '\xFF');
+  while (!file.SaveToBuffer(text.data(), text.size())) text.assign(text.size() * 2, '\xFF');
+  text.resize(text.rfind('\0'));
+  return text;
+}
+
+/// The bytes that `Save` would write.
+template <class File>
+std::string ImageOf(File& file, std::size_t room = 65536) {
+  std::string image = TextOf(file, room);
 #ifdef _WIN32  // Save writes through the system's text mode
   for (std::size_t at = 0; (at = image.find('\n', at)) != std::string::npos; at += 2)
     image.replace(at, 1, "\r\n");
