@@ -21,7 +21,7 @@ build() { cmake --build "build/$name" -j "$(nproc)" >>"$log" 2>&1 || fail "$name
 not_here='(none)' # the tests that have no sense in a set-up
 tests() {
   ctest --test-dir "build/$name" -j "$(nproc)" --output-on-failure --no-tests=error -E "$not_here" >>"$log" 2>&1 || fail "$name"
-  ! grep -i 'warning' "$log" >"$scratch/warnings" || fail "$name: warnings"
+  ! grep -A5 -i 'warning:' "$log" || fail "$name: warnings"
   grep 'tests passed' "$log"
 }
 # Whole: configured as told, warnings as errors, built, tested.

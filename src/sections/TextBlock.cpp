@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sections/TextBlock.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -11,9 +12,7 @@ namespace zelconfutils::TextBlock {
 void Set(char*& block, const char* text) {
   if (text == nullptr) return;
   if (block == nullptr) block = new char[kBytes];  // what follows writes every byte of it
-  const void* end = std::memchr(text, '\0', kBytes - 1);
-  const std::size_t length =
-      end == nullptr ? kBytes - 1 : static_cast<std::size_t>(static_cast<const char*>(end) - text);
+  const std::size_t length = std::min(std::strlen(text), kBytes - 1);
   std::memmove(block, text, length);  // not memcpy: the text may be the block's own
   std::memset(block + length, 0, kBytes - length);
 }
