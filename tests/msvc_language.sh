@@ -5,6 +5,7 @@
 # the macros are given that this mode takes away.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+echo "== the language of the Microsoft compiler"
 headers=/usr/lib/gcc/x86_64-w64-mingw32/12-posix/include/c++
 find src -name '*.cpp' ! -name '*Posix*' -print0 | xargs -0 -P "$(nproc)" -n 4 clang++-14 -fsyntax-only -std=c++20 \
   --target=x86_64-w64-windows-gnu -fms-compatibility -fms-compatibility-version=19.30 \

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # setups.sh [NAME ...]: builds the last commit the ways that its users may, from a tree without git in a
 # folder with a blank in its name, and runs the tests. A warning is a failure.
-# NAME: plain no_testing no_gtest ccache unity lto clang libcxx tgz, or one of another machine, whose compiler
-# and emulator must be there: i686 aarch64 s390x. Without any: those of this machine.
+# NAME: plain no_testing no_gtest ccache unity lto clang libcxx tgz (all of them without any), or another
+# machine, whose compiler and emulator must be there: i686 aarch64 s390x.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scratch=$(mktemp -d)
