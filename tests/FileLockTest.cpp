@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "OpenFiles.h"
+#include "FileFixtures.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
 #include "platform/Platform.h"
@@ -25,18 +25,16 @@ namespace {
 
 using Platform::OpenMode;
 
-constexpr FileTokens kTokens = {"", "", "", "=", "#", ""};
-
 /// What a read of the file at `path` says: its image, or its message.
 std::string Reading(const std::string& path, bool readOnly) {
-  return Outcome([&] { return OpenConfigFile(kTokens, path.c_str(), false, readOnly).Image(); });
+  return Outcome([&] { return FlatFile(kFlatTokens, path.c_str(), false, readOnly).Image(); });
 }
 
 /// What a save of `text` to `path` says.
 std::string Saving(const std::string& path, bool coalesced, const char* text) {
-  OpenConfigFile file(kTokens);
+  FlatFile file(kFlatTokens, nullptr);
   file.AttachToBuffer(text, path.c_str());
-  return Outcome([&] { return Told(file.Save(coalesced, nullptr)); });
+  return Outcome([&] { return file.Save(coalesced, nullptr); });
 }
 
 std::shared_ptr<Platform::File> Open(const char* path, OpenMode mode) {
@@ -84,7 +82,7 @@ TEST_F(FileLock, KeepsEveryOtherLockOutAndWaitsForIt) {
     }
     // An empty file has no bytes to lock, and neither has one that a save has truncated.
     EXPECT_EQ(Reading(empty, true) + Reading(empty, false), "");
-    EXPECT_EQ(Saving(path, false, "b=2\n"), "1");
+    EXPECT_EQ(Saving(path, false, "b=2\n"), "true");
 
     std::atomic<bool> over = false;
     std::thread holder([&] {
