@@ -273,7 +273,12 @@ TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
   file.ClearAll();
   file.Read();
   FailingNew::ForEachAllocation(
-      [&] { Outcome([&] { file.Load(); }); },
+      [&] {
+        try {
+          file.Load();
+        } catch (const ConfigException&) {  // whose text is not copied here: that takes memory
+        }
+      },
       [&](bool failed) { EXPECT_TRUE(!failed || file.Entries() == "(end)"); });
 }
 
