@@ -9,7 +9,7 @@
 
 /// The operations over the entries of a whole file, with their rules for cursor and delete mark:
 /// those of `ConfigFile`, and those of the top level of `MultiSectionFile`. The public headers tell
-/// what each does. What needs no rule beyond `Walk` and `EntryEdit` is not repeated here.
+/// what each does. What needs no rule beyond `Walk` and `CopyOut` is not repeated here.
 ///
 /// They differ on purpose from the operations over a section's entries.
 namespace Configuration::EntryOperations {
