@@ -8,7 +8,6 @@
 
 #include "FileCalls.h"
 #include "FileFixtures.h"
-#include "FileScenarios.h"
 #include "TestFiles.h"
 
 namespace {
@@ -84,19 +83,6 @@ std::string Table(const char* title, const std::vector<AfterDelete<File>>& files
   return table + "\n";
 }
 
-const FileCallTable<FlatFile> kFileCalls = {
-    {"Save(...)", [](FlatFile& f, CallArguments&) { return ResultText(f.Save(false, nullptr)); },
-     nullptr},
-    {"SaveToBuffer(...)",
-     [](FlatFile& f, CallArguments& with) {
-       return ResultText(f.SaveToBuffer(&with.buffer[0], 9));
-     },
-     nullptr},
-    {"Reload()", [](FlatFile& f, CallArguments&) { return Outcome([&] { f.Reload(); }); }, nullptr},
-    {"AttachToBuffer(...)",
-     [](FlatFile& f, CallArguments&) { return ResultText(f.AttachToBuffer("y=2\n", nullptr)); },
-     nullptr}};
-
 TEST(DeleteMark, EachCallClearsOrKeepsItAsThePageSays) {
   const char* const title = "entries of a `ConfigFile`, and those outside sections";
   const std::string flat = Table(title, kFlat, EntryCalls<FlatFile>());
@@ -104,7 +90,7 @@ TEST(DeleteMark, EachCallClearsOrKeepsItAsThePageSays) {
   const std::string tables = flat + Table("`ConfigFile` alone", kFlat, FlatOnlyCalls()) +
                              Table("sections", kSections, SectionCalls()) +
                              Table("entries of a section", kSectionEntries, SectionEntryCalls()) +
-                             Table("the file", kFlat, kFileCalls);
+                             Table("the file", kFlat, LifeCalls<FlatFile>());
   const std::string page = TestFiles::Read(ZELCONFUTILS_CURSORS_PAGE),
                     begin = "<!-- tables -->\n\n";
   const std::size_t at = page.find(begin) + begin.size();

@@ -12,15 +12,12 @@
 
 /// What calls are made with; both buffers begin as `~` and have a few bytes more than is told.
 struct CallArguments {
-  std::string key, value;
+  std::string key = "", value = "";
   std::size_t size = 64, otherSize = 64;
   std::string buffer = std::string(size + 4, '~'), other = std::string(otherSize + 4, '~');
-
-  /// What the call left in the buffers.
-  std::string Buffers() const { return "buffer " + Quoted(buffer) + ", other " + Quoted(other); }
 };
 
-/// One call of a file object, and the same of its model.
+/// One call of a file object, and what its model does.
 template <class File>
 struct FileCall {
   std::string text;  // as it is written, with the names of what it is made with
@@ -46,94 +43,125 @@ struct FileCall {
     return statement;
   }
 };
-
-#define ZELCONFUTILS_CALL_ON(Type, ...)                                                           \
-  [](Type& file, CallArguments& with) {                                                           \
-    [[maybe_unused]] const char *const key = with.key.c_str(), *const value = with.value.c_str(); \
-    [[maybe_unused]] char *const buffer = with.buffer.data(), *const other = with.other.data();   \
-    [[maybe_unused]] const std::size_t size = with.size, otherSize = with.otherSize;              \
-    return Outcome([&] { return file.__VA_ARGS__; });                                             \
-  }
-#define CALL(...)                                          \
-  {                                                        \
-#__VA_ARGS__, ZELCONFUTILS_CALL_ON(File, __VA_ARGS__), \
-        ZELCONFUTILS_CALL_ON(FileModel, __VA_ARGS__)       \
-  }
-
 template <class File>
 using FileCallTable = std::vector<FileCall<File>>;
 
+#define ZELCONFUTILS_WITH(Object, call)                                                           \
+  [](Object, CallArguments& with) {                                                               \
+    [[maybe_unused]] const char *const key = with.key.c_str(), *const value = with.value.c_str(); \
+    [[maybe_unused]] char *const buffer = with.buffer.data(), *const other = with.other.data();   \
+    [[maybe_unused]] const std::size_t size = with.size, otherSize = with.otherSize;              \
+    return Outcome([&] { return call; });                                                         \
+  }
+#define CALL(call, step) \
+  { #call, ZELCONFUTILS_WITH(File& file, file.call), ZELCONFUTILS_WITH(FileModel& m, m.step) }
+
+// clang-format off
 /// All that moves, reads or edits entries of a flat file, or those outside sections.
 template <class File>
 const FileCallTable<File>& EntryCalls() {
   static const FileCallTable<File> calls = {
-      CALL(Restart()),
-      CALL(GotoEntry(key)),
-      CALL(GotoNextEntry()),
-      CALL(GotoPreviousEntry()),
-      CALL(GotoFirstEntry()),
-      CALL(GotoLastEntry()),
-      CALL(GetEntry(key, buffer, size)),
-      CALL(GetCurrentEntry(buffer, size, other, otherSize)),
-      CALL(GetCurrentEntry(buffer, size, nullptr, 0)),
-      CALL(GetCurrentEntry(nullptr, 0, other, otherSize)),
-      CALL(GetEntryCount()),
-      CALL(AddEntry(key, value, false)),
-      CALL(AddEntry(key, value, true)),
-      CALL(InsertEntry(key, value)),
-      CALL(SetEntry(key, value)),
-      CALL(RenameEntry(key)),
-      CALL(DeleteEntry(key)),
-      CALL(DeleteCurrentEntry()),
-      CALL(ClearAll()),
-  };
+      CALL(Restart(), Restart()),
+      CALL(GotoEntry(key), Goto(m.entries, key)),
+      CALL(GotoNextEntry(), GotoNext(m.entries)),
+      CALL(GotoPreviousEntry(), GotoPrevious(m.entries)),
+      CALL(GotoFirstEntry(), GotoFirst(m.entries)),
+      CALL(GotoLastEntry(), GotoLast(m.entries)),
+      CALL(GetEntry(key, buffer, size), Read(m.entries, key, buffer, size)),
+      CALL(GetCurrentEntry(buffer, size, other, otherSize), ReadCurrent(m.entries, buffer, size, other, otherSize)),
+      CALL(GetCurrentEntry(buffer, size, nullptr, 0), ReadCurrent(m.entries, buffer, size, nullptr, 0)),
+      CALL(GetCurrentEntry(nullptr, 0, other, otherSize), ReadCurrent(m.entries, nullptr, 0, other, otherSize)),
+      CALL(GetEntryCount(), Count(m.entries)),
+      CALL(AddEntry(key, value, false), Add(m.entries, key, value)),
+      CALL(AddEntry(key, value, true), AddAtTop(key, value)),
+      CALL(InsertEntry(key, value), InsertOutside(key, value)),
+      CALL(SetEntry(key, value), Set(m.entries, key, value)),
+      CALL(RenameEntry(key), Rename(m.entries, key)),
+      CALL(DeleteEntry(key), Delete(m.entries, key)),
+      CALL(DeleteCurrentEntry(), DeleteCurrent(m.Settled(m.entries))),
+      CALL(ClearAll(), Clear())};
   return calls;
 }
 inline const FileCallTable<FlatFile>& FlatOnlyCalls() {
   using File = FlatFile;
-  static const FileCallTable<File> calls = {CALL(SetCurrentEntry(value))};
+  static const FileCallTable<File> calls = {
+      CALL(SetCurrentEntry(value), SetCurrentOutside(value))};
   return calls;
 }
 /// Of sections as a whole.
 inline const FileCallTable<SectionFile>& SectionCalls() {
   using File = SectionFile;
   static const FileCallTable<File> calls = {
-      CALL(GotoSection(key)),      CALL(GotoNextSection()),   CALL(GotoPreviousSection()),
-      CALL(GotoFirstSection()),    CALL(GotoLastSection()),   CALL(GetSectionName(buffer, size)),
-      CALL(GetSectionCount()),     CALL(SetSectionName(key)), CALL(AddSection(key, false)),
-      CALL(AddSection(key, true)), CALL(AddSection(false)),   CALL(InsertSection(key)),
-      CALL(DeleteSection(key)),    CALL(DeleteSection()),
-  };
+      CALL(GotoSection(key), Goto(m.sections, key)),
+      CALL(GotoNextSection(), GotoNext(m.sections)),
+      CALL(GotoPreviousSection(), GotoPrevious(m.sections)),
+      CALL(GotoFirstSection(), GotoFirst(m.sections)),
+      CALL(GotoLastSection(), GotoLast(m.sections)),
+      CALL(GetSectionName(buffer, size), ReadName(buffer, size)),
+      CALL(GetSectionCount(), Count(m.sections)),
+      CALL(SetSectionName(key), RenameSection(key)),
+      CALL(AddSection(key, false), AddSection(key, false)),
+      CALL(AddSection(key, true), AddSection(key, true)),
+      CALL(AddSection(false), AddSection("", false)),
+      CALL(AddSection(true), AddSection("", true)),
+      CALL(InsertSection(key), InsertSection(key)),
+      CALL(DeleteSection(key), DeleteSection(key)),
+      CALL(DeleteSection(), DeleteSection())};
   return calls;
 }
 /// Of the current section's entries.
 inline const FileCallTable<SectionFile>& SectionEntryCalls() {
   using File = SectionFile;
   static const FileCallTable<File> calls = {
-      CALL(RestartSection()),
-      CALL(GotoSecEntry(key)),
-      CALL(GotoSecNextEntry()),
-      CALL(GotoSecPrevEntry()),
-      CALL(GotoSecFirstEntry()),
-      CALL(GotoSecLastEntry()),
-      CALL(GetSectionEntry(key, buffer, size)),
-      CALL(GetSecCurrentEntry(buffer, size, other, otherSize)),
-      CALL(GetSecCurrentEntry(buffer, size, nullptr, 0)),
-      CALL(GetSecCurrentEntry(nullptr, 0, other, otherSize)),
-      CALL(GetSecEntryCount()),
-      CALL(AddSectionEntry(key, value)),
-      CALL(InsertSectionEntry(key, value, false)),
-      CALL(InsertSectionEntry(key, value, true)),
-      CALL(SetSectionEntry(key, value)),
-      CALL(SetSecCurrentEntry(value)),
-      CALL(RenameSectionEntry(key)),
-      CALL(DeleteSectionEntry(key)),
-      CALL(DeleteSectionEntry()),
-  };
+      CALL(RestartSection(), Unset(m.InSection())),
+      CALL(GotoSecEntry(key), Goto(m.InSettledSection(), key)),
+      CALL(GotoSecNextEntry(), GotoNext(m.InSettledSection())),
+      CALL(GotoSecPrevEntry(), GotoPrevious(m.InSettledSection())),
+      CALL(GotoSecFirstEntry(), GotoFirst(m.InSettledSection())),
+      CALL(GotoSecLastEntry(), GotoLast(m.InSettledSection())),
+      CALL(GetSectionEntry(key, buffer, size), Read(m.InSettledSection(), key, buffer, size)),
+      CALL(GetSecCurrentEntry(buffer, size, other, otherSize), ReadCurrent(m.Cleared(m.InSettledSection()), buffer, size, other, otherSize)),
+      CALL(GetSecCurrentEntry(buffer, size, nullptr, 0), ReadCurrent(m.Cleared(m.InSettledSection()), buffer, size, nullptr, 0)),
+      CALL(GetSecCurrentEntry(nullptr, 0, other, otherSize), ReadCurrent(m.Cleared(m.InSettledSection()), nullptr, 0, other, otherSize)),
+      CALL(GetSecEntryCount(), Count(m.InSettledSection())),
+      CALL(AddSectionEntry(key, value), Add(m.InSettledSection(), key, value)),
+      CALL(InsertSectionEntry(key, value, false), InsertIn(m.InSettledSection(), key, value)),
+      CALL(InsertSectionEntry(key, value, true), Replace(m.InSettledSection(), key, value)),
+      CALL(SetSectionEntry(key, value), Set(m.InSettledSection(), key, value)),
+      CALL(SetSecCurrentEntry(value), SetCurrent(m.Cleared(m.InSection()), value)),
+      CALL(RenameSectionEntry(key), Rename(m.Cleared(m.InSettledSection()), key)),
+      CALL(DeleteSectionEntry(key), Delete(m.InSettledSection(), key)),
+      CALL(DeleteSectionEntry(), DeleteCurrent(m.Cleared(m.InSection())))};
   return calls;
+}
+/// Of the file; a model knows them otherwise.
+template <class File>
+const FileCallTable<File>& LifeCalls() {
+  static const FileCallTable<File> calls = {
+      {"Save(false, nullptr)", ZELCONFUTILS_WITH(File& file, file.Save(false, nullptr)), nullptr},
+      {"Save(true, nullptr)", ZELCONFUTILS_WITH(File& file, file.Save(true, nullptr)), nullptr},
+      {"SaveToBuffer(buffer, size)", ZELCONFUTILS_WITH(File& file, file.SaveToBuffer(buffer, size)), nullptr},
+      {"Reload()", ZELCONFUTILS_WITH(File& file, file.Reload()), nullptr},
+      {"AttachToBuffer(value, nullptr)", ZELCONFUTILS_WITH(File& file, file.AttachToBuffer("y=2\n", nullptr)), nullptr}};
+  return calls;
+}
+// clang-format on
+
+/// All that works on the content.
+template <class File>
+FileCallTable<File> AllCalls() {
+  FileCallTable<File> all = EntryCalls<File>();
+  const auto add = [&all](const auto& calls) { all.insert(all.end(), calls.begin(), calls.end()); };
+  if constexpr (File::kHasSections) {
+    add(SectionCalls());
+    add(SectionEntryCalls());
+  } else {
+    add(FlatOnlyCalls());
+  }
+  return all;
 }
 
 #undef CALL
-#undef ZELCONFUTILS_CALL_ON
+#undef ZELCONFUTILS_WITH
 
 #endif

@@ -25,15 +25,10 @@ inline constexpr FileTokens kTwoLineTokens = {"section", "\n{\n", "}\n", "=", "#
 
 constexpr std::size_t kTooSmall = 4294967295;  // also: no such section
 
-/// The text as a C++ expression: special bytes escaped, long runs of one byte told by their length.
-inline std::string Quoted(const std::string& text) {
-  std::vector<std::string> terms;
-  std::string part;
-  const auto close = [&] {
-    if (!part.empty()) terms.push_back('"' + part + '"');
-    part.clear();
-  };
-  for (std::size_t at = 0, end; at < text.size(); at = end) {
+/// The text with special bytes escaped, and a long run of one byte told by its length.
+inline std::string Escaped(const std::string& text, bool quoted) {
+  std::string all;
+  for (std::size_t at = 0, run; at < text.size(); at += run) {
     const unsigned char c = static_cast<unsigned char>(text[at]);
     std::string shown(1, text[at]);
     if (c == '"' || c == '\\') shown.insert(0, 1, '\\');
@@ -41,25 +36,18 @@ inline std::string Quoted(const std::string& text) {
       shown = {'\\', char('0' + c / 64), char('0' + c / 8 % 8), char('0' + c % 8)};
     }
     if (c == '\n') shown = "\\n";
-    end = std::min(text.find_first_not_of(text[at], at), text.size());
-    if (end - at >= 20) {
-      close();
-      terms.push_back("std::string(" + std::to_string(end - at) + ", '" + shown + "')");
-    } else {
-      end = at + 1;
-      part += shown;
-    }
+    run = std::min(text.find_first_not_of(text[at], at), text.size()) - at;
+    const std::string times = std::to_string(run) + "*";
+    if (run >= 20)
+      shown = quoted ? "\" + " + times + '"' + shown + "\" + \"" : "{" + times + shown + "}";
+    if (run < 20) run = 1;
+    all += shown;
   }
-  close();
-  std::string all = terms.empty() ? "\"\"" : terms[0];
-  for (std::size_t i = 1; i < terms.size(); ++i) all += " + " + terms[i];
-  return all.find("std::") != std::string::npos ? "(" + all + ").c_str()" : all;
+  return all;
 }
-/// The same without quotation marks, for lists.
-inline std::string Bare(const std::string& text) {
-  const std::string quoted = Quoted(text);
-  return quoted[0] == '"' ? quoted.substr(1, quoted.size() - 2) : quoted;
-}
+/// As scenario files write it: `"a=" + 1020*"v" + "\n"`. In lists bare: `a[{1020*v}]`.
+inline std::string Quoted(const std::string& text) { return '"' + Escaped(text, true) + '"'; }
+inline std::string Bare(const std::string& text) { return Escaped(text, false); }
 
 inline std::string ResultText(bool result) { return result ? "true" : "false"; }
 inline std::string ResultText(std::size_t result) { return std::to_string(result); }
@@ -94,11 +82,14 @@ inline std::string ListText(const std::vector<std::string>& elements, CursorPlac
   if (!all.empty()) all.pop_back();
   return all;
 }
+inline std::string NameText(const std::string& name) {
+  return name.starts_with(' ') || name.ends_with(' ') ? Quoted(name) : Bare(name);
+}
 inline std::string EntryText(const std::string& key, const std::string& value) {
-  return Bare(key) + "[" + Bare(value) + "]";
+  return NameText(key) + "[" + Bare(value) + "]";
 }
 inline std::string SectionText(const std::string& name, const std::string& entries) {
-  return Bare(name) + "{" + entries + "}";
+  return NameText(name) + "{" + entries + "}";
 }
 inline std::string DumpText(const std::string& image, const std::string& entries,
                             const std::string& sections, bool deleteMark) {
@@ -251,16 +242,6 @@ class FlatFile : public FileFixture<Configuration::ConfigFile> {
   FlatFile(const FileTokens& with, const char* source, bool create = false, bool reads = false,
            bool isText = false)
       : FileFixture(source, create, reads, isText, with.separator, with.comment, with.prefix) {}
-
-  CursorPlace Cursor() {
-    const CursorPlace place = TopLevel().Find();
-    PutCursor(place);
-    return place;
-  }
-  void PutCursor(CursorPlace place) {
-    Restart();
-    TopLevel().Advance(place);
-  }
 };
 
 class SectionFile : public FileFixture<Configuration::MultiSectionFile> {

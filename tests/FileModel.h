@@ -12,49 +12,240 @@
 
 #include "FileFixtures.h"
 
-/// A plain model of a sectioned file, and with empty start and stop tokens of a flat one. Its
-/// operations have the names, arguments and results of the file classes' own. Each line is kept in
-/// parts, and everything is searched again each time.
+/// A plain model of a sectioned file, and with empty start and stop tokens of a flat one. A line is
+/// kept in parts, and everything is searched again each time. A step takes the list that it works
+/// on: the entries outside sections, the sections, or the entries of the current section.
 class FileModel {
  public:
   using string = std::string;
   using Text = const std::string&;
   using size_t = std::size_t;
 
+  /// All of it is head when the line is no entry.
+  struct Line {
+    string head = "", key = "", gap = "", value = "", tail = "";
+    bool isShared = false;  // a name line that somebody else owns too
+    string All() const { return head + key + gap + value + tail; }
+  };
+  /// Elements in order, and a cursor.
+  template <class Element>
+  struct List {
+    std::vector<std::shared_ptr<Element>> all = {};
+    CursorPlace at = {};
+    size_t End() const { return all.size(); }
+    bool IsAtElement() const { return at && *at < End(); }
+    Element& Current() const { return *all[*at]; }
+    size_t Find(Text name) const {
+      size_t place = 0;
+      while (place < End() && all[place]->key != name) ++place;
+      return place;
+    }
+    bool To(size_t place) {
+      if (place < End()) at = place;
+      return place < End();
+    }
+    void Insert(size_t place, std::shared_ptr<Element> element) {
+      all.insert(all.begin() + static_cast<std::ptrdiff_t>(place), element);
+      if (at >= place) ++*at;  // the cursor keeps its element
+    }
+    void Erase(size_t place) {
+      all.erase(all.begin() + static_cast<std::ptrdiff_t>(place));
+      at = place;
+    }
+  };
+  using Lines = List<Line>;
+  struct Section {
+    string key = "";  // its name
+    Lines entries = {};
+    std::shared_ptr<Line> start = nullptr, stop = nullptr;
+    bool hasNameLine = true;
+  };
+
   explicit FileModel(const FileTokens& tokens) : t(tokens) {}
+
+  // --- Which list, and what a call does to it first ---
+
+  Lines entries;
+  List<Section> sections;
+  template <class L>
+  L& Cleared(L& list) {
+    mark = false;
+    return list;
+  }
+  template <class L>
+  L& Settled(L& list) {
+    list.at = list.at.value_or(0);
+    return list;
+  }
+  /// The entries of the current section; without one an empty list that nobody remembers.
+  Lines& InSection() {
+    nothing = {{}, 0};
+    return sections.IsAtElement() ? sections.Current().entries : nothing;
+  }
+  Lines& InSettledSection() { return Settled(sections), InSection(); }
+
+  // --- Steps of a cursor, and reads; all but the last two clear the mark ---
+
+  bool Goto(auto& list, Text name) { return Cleared(list).To(list.Find(name)); }
+  bool GotoFirst(auto& list) { return Cleared(list).To(0); }
+  bool GotoLast(auto& list) { return Cleared(list).To(list.End() - 1); }
+  bool GotoPrevious(auto& list) { return Cleared(list).at > 0u && list.To(*list.at - 1); }
+  bool GotoNext(auto& list) {
+    const bool isThere = std::exchange(mark, false);  // a delete has put it on the next element
+    if (!list.at) {
+      list.at = 0;
+    } else if (list.IsAtElement() && !isThere) {
+      ++*list.at;
+    }
+    return list.IsAtElement();
+  }
+  void Unset(auto& list) { Cleared(list).at = {}; }
+  void Restart() { Unset(entries), Unset(sections); }
+  size_t Read(Lines& list, Text key, char* buffer, size_t size) {
+    const size_t found = Cleared(list).Find(key);
+    if (found < list.End()) return CopyOut(list.all[found]->value, buffer, size);
+    std::fill_n(buffer, size, '\0');
+    return 0;
+  }
+  size_t ReadName(char* buffer, size_t size) {
+    Settled(Cleared(sections));
+    return sections.IsAtElement() ? CopyOut(sections.Current().key, buffer, size) : kTooSmall;
+  }
+  size_t ReadCurrent(Lines& list, char* key, size_t keySize, char* value, size_t valueSize) {
+    if (!Settled(list).IsAtElement()) return 0;
+    const size_t ofKey = key != nullptr ? CopyOut(list.Current().key, key, keySize) : 0;
+    if (ofKey == kTooSmall || value == nullptr) return ofKey;
+    const size_t ofValue = CopyOut(list.Current().value, value, valueSize);
+    return ofKey == 0 || ofValue == kTooSmall ? ofValue : ofKey;
+  }
+  size_t Count(const auto& list) const { return list.End(); }
+
+  // --- Edits of entries ---
+
+  bool Add(Lines& list, Text key, Text value) {
+    if (&Cleared(list) == &nothing) return false;
+    const bool isOutside = &list == &entries;
+    return Compose(list, list.End(), isOutside ? lines.End() : LineOf(sections.Current().stop), key,
+                   value);
+  }
+  bool AddAtTop(Text key, Text value) { return Compose(Cleared(entries), 0, 0, key, value); }
+  /// Directly before the current one.
+  bool Insert(Lines& list, Text key, Text value) {
+    if (&list == &nothing) return false;
+    if (!Settled(Cleared(list)).IsAtElement()) return Add(list, key, value);
+    return Compose(list, *list.at, LineOf(list.all[*list.at]), key, value);
+  }
+  bool InsertOutside(Text key, Text value) {
+    return Settled(entries).at == 0u ? AddAtTop(key, value) : Insert(entries, key, value);
+  }
+  /// The new entry becomes the current one, but at end.
+  bool InsertIn(Lines& list, Text key, Text value) {
+    const bool isAdded = Insert(list, key, value);
+    if (isAdded && list.IsAtElement()) --*list.at;
+    return isAdded;
+  }
+  bool Replace(Lines& list, Text key, Text value) {
+    return list.Find(key) < list.End() ? Set(list, key, value) != 0 : InsertIn(list, key, value);
+  }
+  size_t Set(Lines& list, Text key, Text value) {
+    const size_t found = Cleared(list).Find(key);
+    if (found < list.End()) return SetValue(*list.all[found], value);
+    return Add(list, key, value) ? 2 : 0;
+  }
+  size_t SetCurrent(Lines& list, Text value) {
+    return list.IsAtElement() ? SetValue(list.Current(), value) : 0;
+  }
+  size_t SetCurrentOutside(Text value) {
+    const size_t result = SetCurrent(Settled(entries), value);
+    if (entries.IsAtElement() && result != 1) mark = false;
+    return result;
+  }
+  bool Rename(Lines& list, Text key) {
+    if (!Settled(list).IsAtElement() || key.empty() || list.Current().isShared) return false;
+    Line line = list.Current();
+    if (line.key.empty()) {  // its place is counted back from the first separator of the line
+      const string front = line.head + line.gap;
+      line.head = front.substr(0, KeyEnd(front));
+      line.gap = front.substr(KeyEnd(front));
+    }
+    if ((line.gap + line.value + line.tail).size() > 1023) return false;
+    line.key = key;
+    list.Current() = line;
+    return true;
+  }
+  bool Delete(Lines& list, Text key) { return DeleteAt(Cleared(list), list.Find(key)); }
+  bool DeleteCurrent(Lines& list) { return list.at && DeleteAt(list, *list.at); }
+
+  // --- Edits of sections ---
+
+  bool AddSection(Text name, bool atFront) {
+    return Compose(name, atFront ? 0 : sections.End(), atFront ? 0 : lines.End());
+  }
+  bool InsertSection(Text name) {
+    const size_t place = *Settled(sections).at;
+    if (place == 0 || place == sections.End()) return AddSection(name, place == 0);
+    const auto& line = sections.Current().start;
+    return sections.all[place - 1]->stop != line && Compose(name, place, LineOf(line));
+  }
+  bool RenameSection(Text name) {
+    if (!Settled(Cleared(sections)).IsAtElement()) return false;
+    Section& section = sections.Current();
+    if (!section.hasNameLine || section.start->isShared) return false;
+    section.start->head = NameLine(name);
+    section.key = name;
+    return true;
+  }
+  size_t DeleteSection() {
+    if (!Settled(sections).IsAtElement()) return kTooSmall;
+    const Section section = sections.Current();
+    if (section.start->isShared || section.stop->isShared) return kTooSmall;
+    const size_t start = LineOf(section.start);
+    for (size_t n = LineOf(section.stop) - start + 1; n > 0; --n) lines.Erase(start);
+    sections.Erase(*sections.at);
+    mark = true;
+    return sections.End();
+  }
+  size_t DeleteSection(Text name) { return Goto(sections, name) ? DeleteSection() : kTooSmall; }
 
   // --- The file ---
 
+  void Clear() {
+    lines = entries = {{}, 0};
+    sections = {{}, 0};
+    isCorrupted = mark = false;
+  }
   /// Takes the bytes of a file, which `isCorrupted` when they end inside a section.
   void Load(Text image) {
-    ClearAll();
-    for (size_t at = 0; at < image.size(); at += lines.back()->head.size()) {
-      AddLine({image.substr(at, std::min(image.find('\n', at), at + 1022) - at + 1)}, lines.size());
+    Clear();
+    for (size_t at = 0; at < image.size(); at += lines.all.back()->head.size()) {
+      AddLine({image.substr(at, std::min(image.find('\n', at), at + 1022) - at + 1)}, lines.End());
     }
     std::shared_ptr<Section> open;
-    for (size_t i = 0; i < lines.size(); ++i) {
-      const string line = lines[i]->head;
-      const bool isHeader = *t.start && Has(line, Start()) &&
-                            (!Has(line, t.separator) || line.find(Start()) <= Separator(line));
-      if (line.find(t.comment) == 0) continue;
-      if (open != nullptr && Has(line, Stop())) {
-        std::exchange(open, nullptr)->stop = lines[i];
-      } else if (open == nullptr && isHeader) {
+    std::shared_ptr<Line> before, lastStop;
+    for (const auto& line : lines.all) {
+      const string text = line->head;
+      const size_t start = *t.start ? text.find(Start()) : string::npos;
+      if (text.find(t.comment) == 0) {
+      } else if (open != nullptr && text.find(Stop()) != string::npos) {
+        std::exchange(open, nullptr)->stop = lastStop = line;
+      } else if (open == nullptr && start != string::npos && start <= Separator(text)) {
+        const bool isNamedAbove = IsTwoLineForm() && before != nullptr;
         open = std::make_shared<Section>();
-        open->hasNameLine = !IsTwoLineForm() || i > 0;
-        open->start = IsTwoLineForm() && i > 0 ? lines[i - 1] : lines[i];
-        if (open->hasNameLine) open->key = NameIn(open->start->Text());
-        open->start->isShared |= open->start->IsEntry() || IsLastStopLine(open->start);
+        open->hasNameLine = isNamedAbove || !IsTwoLineForm();
+        open->start = isNamedAbove ? before : line;
+        if (open->hasNameLine) open->key = NameIn(open->start->All());
+        open->start->isShared |= open->start == lastStop || !open->start->gap.empty();
         sections.all.push_back(open);
-      } else if (Has(line, t.separator)) {
-        Parse(*lines[i]);
-        (open != nullptr ? open->entries : entries).all.push_back(lines[i]);
+      } else if (Separator(text) != string::npos) {
+        Parse(*line);
+        (open != nullptr ? open->entries : entries).all.push_back(line);
       }
+      before = line;
     }
     isCorrupted = open != nullptr;
   }
   /// Takes a text up to its last line feed; false at a line that is too long.
-  bool AttachToBuffer(Text text) {
+  bool Attach(Text text) {
     size_t at = 0, end;
     while ((end = text.find('\n', at)) != string::npos && end - at < 1023) at = end + 1;
     Load(text.substr(0, at));
@@ -63,161 +254,11 @@ class FileModel {
     sections = {{}, 0};
     return isCorrupted = false;
   }
-  void ClearAll() {
-    lines.clear();
-    entries = {{}, 0};
-    sections = {{}, 0};
-    mark = false;
-  }
-
-  // --- Entries of a flat file, and those outside sections ---
-
-  bool GotoEntry(Text key) { return Cleared(entries).To(entries.Find(key)); }
-  bool GotoNextEntry() { return entries.Forward(mark); }
-  bool GotoPreviousEntry() { return Cleared(entries).Back(); }
-  bool GotoFirstEntry() { return Cleared(entries).To(0); }
-  bool GotoLastEntry() { return Cleared(entries).ToLast(); }
-  size_t GetEntry(Text key, char* buffer, size_t size) {
-    return CopyValue(Cleared(entries), key, buffer, size);
-  }
-  size_t GetCurrentEntry(char* key, size_t keySize, char* value, size_t valueSize) {
-    return CopyCurrent(entries, key, keySize, value, valueSize);
-  }
-  size_t GetEntryCount() const { return entries.End(); }
-  bool AddEntry(Text key, Text value, bool atBeginning) {
-    Cleared(entries);
-    return atBeginning ? Compose(entries, 0, 0, key, value)
-                       : Compose(entries, entries.End(), lines.size(), key, value);
-  }
-  bool InsertEntry(Text key, Text value) {
-    Cleared(entries).Settle();
-    if (entries.at == 0) return AddEntry(key, value, true);
-    if (!entries.IsAtElement()) return AddEntry(key, value, false);
-    return Compose(entries, *entries.at, LineOf(&entries.Current()), key, value);
-  }
-  size_t SetEntry(Text key, Text value) {
-    const size_t found = Cleared(entries).Find(key);
-    if (found < entries.End()) return SetValue(*entries.all[found], value);
-    return AddEntry(key, value, false) ? 2 : 0;
-  }
-  size_t SetCurrentEntry(Text value) {
-    entries.Settle();
-    if (!entries.IsAtElement() || entries.Current().value == value) return entries.IsAtElement();
-    mark = false;
-    return SetValue(entries.Current(), value);
-  }
-  bool RenameEntry(Text newKey) { return Rename(entries, newKey); }
-  bool DeleteEntry(Text key) { return Erase(Cleared(entries), entries.Find(key)); }
-  bool DeleteCurrentEntry() {
-    entries.Settle();
-    return Erase(entries, *entries.at);
-  }
-  void Restart() {
-    mark = false;
-    entries.at = sections.at = {};
-  }
-
-  // --- Sections ---
-
-  bool GotoSection(Text name) { return Cleared(sections).To(sections.Find(name)); }
-  bool GotoNextSection() { return sections.Forward(mark); }
-  bool GotoPreviousSection() { return Cleared(sections).Back(); }
-  bool GotoFirstSection() { return Cleared(sections).To(0); }
-  bool GotoLastSection() { return Cleared(sections).ToLast(); }
-  size_t GetSectionCount() const { return sections.End(); }
-  size_t GetSectionName(char* buffer, size_t size) {
-    Cleared(sections).Settle();
-    return sections.IsAtElement() ? CopyOut(sections.Current().key, buffer, size) : kTooSmall;
-  }
-  bool SetSectionName(Text name) {
-    Cleared(sections).Settle();
-    if (!sections.IsAtElement()) return false;
-    Section& section = sections.Current();
-    if (!section.hasNameLine || section.start->isShared) return false;
-    section.start->head = NameLine(name);
-    section.key = name;
-    return true;
-  }
-  bool AddSection(Text name, bool atFront) {
-    return AddSection(name, atFront ? 0 : sections.End(), atFront ? 0 : lines.size());
-  }
-  bool AddSection(bool atFront) { return AddSection("", atFront); }
-  bool InsertSection(Text name) {
-    sections.Settle();
-    const size_t place = *sections.at;
-    if (place == 0) return AddSection(name, true);
-    if (place == sections.End()) return AddSection(name, false);
-    if (sections.all[place - 1]->stop == sections.Current().start) return false;
-    return AddSection(name, place, LineOf(sections.Current().start.get()));
-  }
-  size_t DeleteSection() {
-    sections.Settle();
-    if (!sections.IsAtElement()) return kTooSmall;
-    const Section section = sections.Current();
-    if (section.start->isShared || section.stop->isShared) return kTooSmall;
-    const auto begin = lines.begin();
-    lines.erase(begin + Offset(LineOf(section.start.get())),
-                begin + Offset(LineOf(section.stop.get()) + 1));
-    sections.all.erase(sections.all.begin() + Offset(*sections.at));
-    mark = true;
-    return sections.End();
-  }
-  size_t DeleteSection(Text name) { return GotoSection(name) ? DeleteSection() : kTooSmall; }
-
-  // --- Entries of the current section ---
-
-  size_t GetSecEntryCount() { return Settled().End(); }
-  bool GotoSecEntry(Text key) { return Cleared(Settled()).To(Settled().Find(key)); }
-  bool GotoSecNextEntry() { return Settled().Forward(mark); }
-  bool GotoSecPrevEntry() { return Cleared(Settled()).Back(); }
-  bool GotoSecFirstEntry() { return Cleared(Settled()).To(0); }
-  bool GotoSecLastEntry() { return Cleared(Settled()).ToLast(); }
-  void RestartSection() { Cleared(Current()).at = {}; }
-  size_t GetSectionEntry(Text key, char* buffer, size_t size) {
-    return CopyValue(Cleared(Settled()), key, buffer, size);
-  }
-  size_t GetSecCurrentEntry(char* key, size_t keySize, char* value, size_t valueSize) {
-    return CopyCurrent(Cleared(Settled()), key, keySize, value, valueSize);
-  }
-  size_t SetSecCurrentEntry(Text value) {
-    Lines& list = Cleared(Current());
-    return list.IsAtElement() ? SetValue(list.Current(), value) : 0;
-  }
-  bool RenameSectionEntry(Text newKey) { return Rename(Cleared(Settled()), newKey); }
-  bool AddSectionEntry(Text key, Text value) {
-    Lines& list = Cleared(Settled());
-    if (!sections.IsAtElement()) return false;
-    return Compose(list, list.End(), LineOf(sections.Current().stop.get()), key, value);
-  }
-  size_t SetSectionEntry(Text key, Text value) {
-    Lines& list = Cleared(Settled());
-    if (list.Find(key) < list.End()) return SetValue(*list.all[list.Find(key)], value);
-    return AddSectionEntry(key, value) ? 2 : 0;
-  }
-  bool InsertSectionEntry(Text key, Text value, bool replaceExisting) {
-    Lines& list = Settled();
-    if (!sections.IsAtElement()) return false;
-    if (replaceExisting && list.Find(key) < list.End()) return SetSectionEntry(key, value) != 0;
-    list.Settle();
-    if (!list.IsAtElement()) return AddSectionEntry(key, value);
-    mark = false;
-    const size_t place = *list.at;
-    if (!Compose(list, place, LineOf(&list.Current()), key, value)) return false;
-    list.at = place;
-    return true;
-  }
-  bool DeleteSectionEntry(Text key) { return Erase(Cleared(Settled()), Settled().Find(key)); }
-  bool DeleteSectionEntry() {
-    Lines& list = Cleared(Current());
-    return list.IsAtElement() && Erase(list, *list.at);
-  }
-
-  // --- What there is to see ---
-
   bool isCorrupted = false;
+
   string Image() const {
     string image;
-    for (const auto& line : lines) image += line->Text();
+    for (const auto& line : lines.all) image += line->All();
     return image;
   }
   string Dump() const {
@@ -231,164 +272,67 @@ class FileModel {
   }
 
  private:
-  /// All of it is head when the line is no entry.
-  struct Line {
-    string head = "", key = "", gap = "", value = "", tail = "";
-    bool isShared = false;  // a name line that somebody else owns too
-    string Text() const { return head + key + gap + value + tail; }
-    bool IsEntry() const { return !gap.empty(); }
-  };
-  template <class Element>
-  struct List {
-    std::vector<std::shared_ptr<Element>> all = {};
-    CursorPlace at = {};
-    size_t End() const { return all.size(); }
-    bool IsAtElement() const { return at < End() && at; }
-    Element& Current() const { return *all[*at]; }
-    void Settle() { at = at.value_or(0); }
-    bool To(size_t place) {
-      if (place < End()) at = place;
-      return place < End();
-    }
-    bool ToLast() { return End() > 0 && To(End() - 1); }
-    bool Back() { return at > 0u && To(*at - 1); }
-    bool Forward(bool& mark) {
-      const bool isThere = std::exchange(mark, false);  // a delete has put it on the next element
-      if (!at) {
-        at = 0;
-      } else if (IsAtElement() && !isThere) {
-        ++*at;
-      }
-      return IsAtElement();
-    }
-    size_t Find(Text name) const {
-      const auto isNamed = [&](const auto& element) { return element->key == name; };
-      return static_cast<size_t>(std::find_if(all.begin(), all.end(), isNamed) - all.begin());
-    }
-    void Insert(size_t place, std::shared_ptr<Element> element) {
-      all.insert(all.begin() + Offset(place), element);
-      if (at >= place) ++*at;  // the cursor keeps its element
-    }
-  };
-  using Lines = List<Line>;
-  struct Section {
-    string key = "";  // its name
-    Lines entries = {};
-    std::shared_ptr<Line> start = nullptr, stop = nullptr;
-    bool hasNameLine = true;
-  };
-
-  static std::ptrdiff_t Offset(size_t n) { return static_cast<std::ptrdiff_t>(n); }
-  template <class L>
-  L& Cleared(L& list) {
-    mark = false;
-    return list;
-  }
-  /// The entries of the current section; without one an empty list that nobody remembers.
-  Lines& Current() {
-    nothing = {{}, 0};
-    return sections.IsAtElement() ? sections.Current().entries : nothing;
-  }
-  Lines& Settled() {
-    sections.Settle();
-    return Current();
-  }
-
-  // Copies out whole or not at all.
   static size_t CopyOut(Text text, char* buffer, size_t size) {
-    std::fill_n(buffer, size <= text.size() ? size : 0, '\0');
-    if (size <= text.size()) return kTooSmall;
-    std::memcpy(buffer, text.c_str(), text.size() + 1);
-    return text.size();
+    const bool fits = size > text.size();
+    std::fill_n(buffer, fits ? text.size() + 1 : size, '\0');
+    if (fits) text.copy(buffer, text.size());
+    return fits ? text.size() : kTooSmall;
   }
-  static size_t CopyValue(const Lines& list, Text key, char* buffer, size_t size) {
-    if (list.Find(key) < list.End()) return CopyOut(list.all[list.Find(key)]->value, buffer, size);
-    std::fill_n(buffer, size, '\0');
-    return 0;
-  }
-  static size_t CopyCurrent(Lines& list, char* key, size_t keySize, char* value, size_t valueSize) {
-    list.Settle();
-    if (!list.IsAtElement()) return 0;
-    const size_t ofKey = key != nullptr ? CopyOut(list.Current().key, key, keySize) : 0;
-    if (ofKey == kTooSmall || value == nullptr) return ofKey;
-    const size_t ofValue = CopyOut(list.Current().value, value, valueSize);
-    return ofKey == 0 || ofValue == kTooSmall ? ofValue : ofKey;
-  }
-
-  size_t LineOf(const Line* line) const {
-    const auto isIt = [&](const auto& other) { return other.get() == line; };
-    return static_cast<size_t>(std::find_if(lines.begin(), lines.end(), isIt) - lines.begin());
+  size_t LineOf(const std::shared_ptr<Line>& line) const {
+    return static_cast<size_t>(std::find(lines.all.begin(), lines.all.end(), line) -
+                               lines.all.begin());
   }
   std::shared_ptr<Line> AddLine(const Line& parts, size_t place) {
-    return *lines.insert(lines.begin() + Offset(place), std::make_shared<Line>(parts));
+    lines.Insert(place, std::make_shared<Line>(parts));
+    return lines.all[place];
   }
   bool Compose(Lines& list, size_t place, size_t lineAt, Text key, Text value) {
     const Line line = {t.prefix, key, t.separator, value, "\n"};
-    if (line.Text().size() > 1023) return false;
+    if (line.All().size() > 1023) return false;
     list.Insert(place, AddLine(line, lineAt));
     return true;
   }
-  bool AddSection(Text name, size_t place, size_t lineAt) {
+  bool Compose(Text name, size_t place, size_t lineAt) {
     Section section = {name};
     section.start = AddLine({NameLine(name)}, lineAt++);
     if (IsTwoLineForm()) AddLine({Start()}, lineAt++);
     section.stop = AddLine({Stop()}, lineAt);
     sections.Insert(place, std::make_shared<Section>(section));
-    sections.at = place;
-    mark = false;
-    return true;
+    return Cleared(sections).To(place);
   }
   static size_t SetValue(Line& line, Text value) {
     if (line.value == value) return 1;
-    if (line.isShared || line.tail.size() > 1023) return 0;
+    if (line.isShared) return 0;
     line.value = value;
     return 2;
   }
-  bool Rename(Lines& list, Text key) {
-    list.Settle();
-    if (!list.IsAtElement() || key.empty() || list.Current().isShared) return false;
-    Line line = list.Current();
-    if (line.key.empty()) {  // its place is counted back from the first separator of the line
-      const string front = line.head + line.gap;
-      line.head = front.substr(0, KeyEnd(front));
-      line.gap = front.substr(KeyEnd(front));
-    }
-    if ((line.gap + line.value + line.tail).size() > 1023) return false;
-    line.key = key;
-    list.Current() = line;
-    return true;
-  }
-  bool Erase(Lines& list, size_t place) {
+  bool DeleteAt(Lines& list, size_t place) {
     if (place >= list.End() || list.all[place]->isShared) return false;
-    lines.erase(lines.begin() + Offset(LineOf(list.all[place].get())));
-    list.all.erase(list.all.begin() + Offset(place));
-    list.at = place;
+    lines.Erase(LineOf(list.all[place]));
+    list.Erase(place);
     return mark = true;
   }
 
-  // Reading. A token's leading line feed belongs to the line before.
-  static bool Has(Text line, Text token) { return line.find(token) != string::npos; }
+  // A token's leading line feed belongs to the line before.
   bool IsTwoLineForm() const { return t.start[0] == '\n'; }
   string Start() const { return t.start + (t.start[0] == '\n'); }
   string Stop() const { return t.stop + (t.stop[0] == '\n'); }
   size_t Separator(Text line) const { return line.find(t.separator); }
-  bool IsLastStopLine(const std::shared_ptr<Line>& line) const {
-    return !sections.all.empty() && sections.all.back()->stop == line;
-  }
   // Where the first `end` bytes end without their white space.
   static size_t Trimmed(Text text, size_t least, size_t end) {
     while (end > least && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
     return end;
   }
-  // The first byte of a line is not looked at from behind.
+  // A blank that is the line's first byte is not passed.
   size_t KeyEnd(Text line) const { return Trimmed(line, Separator(line) > 0, Separator(line)); }
   void Parse(Line& line) const {
     const string text = line.head;
+    const size_t keyEnd = KeyEnd(text),
+                 key = std::min(text.find_first_not_of(" \t\n\v\f\r"), keyEnd);
     const size_t value = Separator(text) + std::strlen(t.separator);
     const size_t valueEnd = Trimmed(text, value, text.size());
-    const size_t key = std::min(text.find_first_not_of(" \t\n\v\f\r"), KeyEnd(text));
-    line = {text.substr(0, key), text.substr(key, KeyEnd(text) - key),
-            text.substr(KeyEnd(text), value - KeyEnd(text)), text.substr(value, valueEnd - value),
+    line = {text.substr(0, key), text.substr(key, keyEnd - key),
+            text.substr(keyEnd, value - keyEnd), text.substr(value, valueEnd - value),
             text.substr(valueEnd)};
   }
   string NameIn(Text line) const {
@@ -399,10 +343,8 @@ class FileModel {
   }
   string NameLine(Text name) const {
     const string keyword = name.empty() || !*t.keyword ? "" : t.keyword + string(" ");
-    return keyword + name +
-           (IsTwoLineForm() ? "\n"
-            : name.empty()  ? t.start
-                            : string(" ") + t.start);
+    if (IsTwoLineForm()) return keyword + name + "\n";
+    return keyword + name + (name.empty() ? "" : " ") + t.start;
   }
   static string EntriesText(const Lines& list) {
     std::vector<string> shown;
@@ -411,9 +353,7 @@ class FileModel {
   }
 
   FileTokens t;
-  std::vector<std::shared_ptr<Line>> lines;
-  Lines entries, nothing;
-  List<Section> sections;
+  Lines lines, nothing;
   bool mark = false;
 };
 

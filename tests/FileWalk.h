@@ -66,7 +66,7 @@ class FileWalk {
     lookEvery = choices.OneIn(2) ? 1 : 8;  // a look moves the cursors and puts them back
     TestFiles::Write(path, choices.Text(choices.OneIn(2) ? 30 : 3, ContentPieces()) + tokens.stop);
     file.AttachToBuffer("", path.c_str());
-    model.AttachToBuffer("");
+    model.Attach("");
     for (ReadAgain(); !file.IsTornDown() && choices.More();) {
       Step();
       if (choices.OneIn(30)) SaveAndReadAgain();
@@ -76,20 +76,6 @@ class FileWalk {
 
  private:
   using string = std::string;
-
-  static FileCallTable<File> Calls() {
-    FileCallTable<File> all = EntryCalls<File>();
-    const auto add = [&all](const auto& calls) {
-      all.insert(all.end(), calls.begin(), calls.end());
-    };
-    if constexpr (File::kHasSections) {
-      add(SectionCalls());
-      add(SectionEntryCalls());
-    } else {
-      add(FlatOnlyCalls());
-    }
-    return all;
-  }
 
   std::vector<string> ContentPieces() const {
     const string start = tokens.start, stop = tokens.stop, is = tokens.separator;
@@ -129,7 +115,7 @@ class FileWalk {
   }
 
   void Step() {
-    static const FileCallTable<File> calls = Calls();
+    static const FileCallTable<File> calls = AllCalls<File>();
     // A composed key with white space at its ends would be read differently once its line moves.
     static const std::vector<string> keyParts = {"a", "b", "key", "k y", "=", "#", "v\xE4", "a="};
     static const std::vector<string> valueParts = {"a", "b", "key", " ",    "\t",
@@ -144,7 +130,7 @@ class FileWalk {
                           isOdd ? choices.Text(6, valueParts) : choices.OneOf(values),
                           choices.OneOf(sizes), choices.OneOf(sizes)};
     CallArguments onModel = with;
-    Remember("file." + call.Statement(with) + ";");
+    Remember(call.Statement(with));
     string result;
     FailingNew::ForEachAllocation([&] { result = call.onFile(file, with); },
                                   [&](bool failed) {
@@ -153,14 +139,16 @@ class FileWalk {
                                               "after a failed allocation");
                                   });
     const string expected = call.onModel(model, onModel);
-    Compare(expected + ", " + onModel.Buffers(), result + ", " + with.Buffers(),
-            ++steps % lookEvery == 0);
+    const auto all = [](const string& said, const CallArguments& left) {
+      return said + ", buffer " + Quoted(left.buffer) + ", other " + Quoted(left.other);
+    };
+    Compare(all(expected, onModel), all(result, with), ++steps % lookEvery == 0);
   }
 
   void SaveAndReadAgain() {
     const bool coalesced = choices.OneIn(2);
     std::filesystem::remove(path);  // or the save would wait for the disk
-    Remember(string("file.Save(") + (coalesced ? "true" : "false") + ", nullptr);");
+    Remember(coalesced ? "Save(true, nullptr)" : "Save(false, nullptr)");
     Require("true", Outcome([&] { return file.Save(coalesced, nullptr); }), "result");
     Require(model.Image(), TestFiles::Read(path), "saved file");
     ReadAgain();
@@ -170,8 +158,7 @@ class FileWalk {
   void ReadAgain() {
     const string image = TestFiles::Read(path);
     const bool attaches = choices.OneIn(3);
-    Remember(attaches ? "file.AttachToBuffer(" + Quoted(image.c_str()) + ", path);"
-                      : "file.Reload();");
+    Remember(attaches ? "AttachToBuffer(" + Quoted(image.c_str()) + ", path)" : "Reload()");
     string result;
     FailingNew::ForEachAllocation(
         [&] {
@@ -189,7 +176,7 @@ class FileWalk {
         });
     bool expected = true;
     if (attaches) {
-      expected = model.AttachToBuffer(image.c_str());
+      expected = model.Attach(image.c_str());
       std::swap(path, otherPath);
     } else {
       model.Load(image);
@@ -213,17 +200,15 @@ class FileWalk {
   }
   void Require(const string& expected, const string& actual, const char* what) {
     if (expected == actual) return;
-    string report =
-        "wrong " + string(what) + " at step " + std::to_string(steps) +
-        "; its last calls, each allocation of which failed once:\n\n  FileTokens tokens = {";
+    string report = "wrong " + string(what) + " after step " + std::to_string(steps) +
+                    "; the last calls, as a scenario:\n\ntokens";
     for (const char* token : {tokens.keyword, tokens.start, tokens.stop, tokens.separator,
                               tokens.comment, tokens.prefix}) {
-      report += Quoted(token) + ", ";
+      report += " " + Quoted(token);
     }
-    report += string("};\n  ") + (File::kHasSections ? "SectionFile" : "FlatFile") + " file(" +
-              Quoted(last.front().image) + ", tokens);\n  char buffer[3000], other[3000];\n";
-    report += "  /* where it began:\n" + last.front().dump + "  */\n";
-    for (const Call& call : last) report += "  " + call.statement + "\n";
+    report += "\n" + Quoted(last.front().image) + " | ";
+    for (const Call& call : last) report += call.statement + "; ";
+    report += "\n\nbefore them\n" + last.front().dump;
     throw std::runtime_error(report + "\nexpected " + what + "\n" + expected + "\nactual " + what +
                              "\n" + actual);
   }
