@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The input is the text; 0x01 cuts it into the lines that the lexer is given.
+// The input is the text; 0x01 parts it into the lines that the lexer is given.
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "../tests/SlowLexer.h"
+#include "../tests/LexerReference.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  SlowLexer::Check(std::string(data, data + size));
+  LexerReference::Check(std::string(data, data + size));
   return 0;
 }

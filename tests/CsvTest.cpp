@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "CsvDocument.h"
-#include "CsvTwin.h"
+#include "CsvReference.h"
 #include "FailingNew.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
 #include "csv/CsvRecordReader.h"
+#include "csv/RowMemory.h"
 
 namespace {
 
@@ -19,17 +22,174 @@ constexpr std::size_t kBlockBytes = zelconfutils::CsvRecordReader::kBlockBytes;
 
 using TestFiles::Path;
 
-TEST(Csv, LineEndsOverTheEndOfABlockAreWhole) {
+std::string Write(const std::string& text) {
+  TestFiles::Write(Path("a"), text, std::ios::binary);
+  return Path("a");
+}
+
+std::string RowText(const CsvDocumentRow& row) {
+  std::string text;
+  for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) text += '[' + row.GetField(i) + ']';
+  return text;
+}
+
+// The rows as long as one can be expected: `[a][b]+ [c].`, `+` where another one is expected then.
+std::string AllRows(CsvDocument& document) {
+  std::string text;
+  CsvDocumentRow row;
+  while (document.IsCsvRecordPresence()) {
+    if (!text.empty()) text += ' ';
+    text += document.GetRow(row) ? RowText(row) : "false" + RowText(row);
+    text += document.IsCsvRecordPresence() ? '+' : '.';
+  }
+  return text;
+}
+
+TEST(Csv, RecordsAndFieldsOfAFile) {
+  static const struct {
+    const char* rule;
+    std::string file, rows;
+    CsvFieldDelimiter delimiter = CommaDelimiter;
+    char token = '\0';
+  } rows[] = {
+      {"a line end ends the record", "a,b,c\nd\n", "[a][b][c]+ [d]."},
+      {"so does the end of the file", "a,b,c", "[a][b][c]."},
+      {"CR LF is one line end", "a\r\nb\r\n", "[a]+ [b]."},
+      {"CR alone is a line end", "a\rb\r\r\nc", "[a]+ [b]+ []+ [c]."},
+      {"an empty line is a row of one empty field", "\n\na\n\n", "[]+ []+ [a]+ []."},
+      {"an empty file may have a row, until asked", "", "false."},
+      {"empty fields count", ",a,,b,\n,", "[][a][][b][]+ [][]."},
+      {"a NUL ends the row, but not the record", {"a,b\0c,d\ne", 9}, "[a][b]+ [e]."},
+      {"bytes from 0x80 on and 0x1A are data", "\xFF\x1A\x80\n\x1A", "[\xFF\x1A\x80]+ [\x1A]."},
+      {"spaces go at both ends, tabs stay", "  a b ,   ,\tc\t\n", "[a b][][\tc\t]."},
+      {"the semicolon may separate", "a,b;c", "[a,b][c].", SemicolonDelimiter},
+      {"the tab may separate", "a,b\t \tc", "[a,b][][c].", TabDelimiter},
+      {"without a special token a quote is data", "\"a\"", "[\"a\"]."},
+      {"the special token goes at either end", "\"a\",\"b,c\"", "[a][b][c].", CommaDelimiter, '"'},
+      {"once", "\"\"a\"\",\"\",\",a\"b", "[\"a\"][][][a\"b].", CommaDelimiter, '"'},
+      {"only where it ends the field", " \"a\" ,\" b \"", "[\"a\"][b].", CommaDelimiter, '"'},
+      {"a quoted line end ends the record", "\"a\nb\"", "[a]+ [b].", CommaDelimiter, '"'},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.rule);
+    CsvDocument document;
+    CsvFieldDelimiter delimiter = row.delimiter;
+    document.SetFieldDelimiter(delimiter);
+    document.SetFieldSpecialToken(row.token);
+    ASSERT_TRUE(document.Load(Write(row.file).c_str()));
+    EXPECT_EQ(AllRows(document), row.rows);
+  }
+}
+
+TEST(Csv, AnUnknownDelimiterLeavesTheOneBefore) {
+  CsvDocument document;
+  for (auto kind : {SemicolonDelimiter, static_cast<CsvFieldDelimiter>(3)}) {
+    document.SetFieldDelimiter(kind);
+  }
+  document.Load(Write("a;b").c_str());
+  EXPECT_EQ(AllRows(document), "[a][b].");
+}
+
+TEST(Csv, AFailedLoadTellsWhyAndClosesTheFileBefore) {
+  const std::string missing = Path("%s%n");
+  const std::pair<const char*, std::string> rows[] = {
+      {missing.c_str(), "Failed to open CSV file " + missing + "\n"},
+      {"/", "Failed to open CSV file /\n"},
+      {nullptr, "Invalid CSV file  (null)\n"}};
+  CsvDocument document;
+  CsvDocumentRow row;
+  for (const auto& [path, message] : rows) {
+    SCOPED_TRACE(message);
+    ASSERT_TRUE(document.Load(Write("a\nb\n").c_str()) && document.GetRow(row));
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(document.Load(path));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), message);
+    EXPECT_EQ(AllRows(document), "false.") << "a row is expected until asked for, as before";
+  }
+  EXPECT_EQ(document.GetRowCount(), 3u) << "over all files";
+}
+
+TEST(Csv, GetRowStaysFalseAtTheEndUntilTheFileGrows) {
+  CsvDocument document;
+  CsvDocumentRow row;
+  document.Load(Write("a").c_str());
+  EXPECT_TRUE(document.GetRow(row));
+  EXPECT_FALSE(document.GetRow(row) || document.GetRow(row));
+  EXPECT_EQ(RowText(row), "");
+  std::ofstream(Path("a"), std::ios::app) << "b\nc\n";
+  EXPECT_TRUE(document.GetRow(row));
+  EXPECT_EQ(RowText(row), "[b]");
+  EXPECT_FALSE(document.IsCsvRecordPresence()) << "for an end once met, nothing is looked for";
+}
+
+TEST(CsvRow, FieldsAreTheRowsOwnAndWrapAt65536) {
+  CsvDocumentRow row, copy;
+  row.AddField(std::string("n\0l", 3));
+  for (int i = 1; i < 65536; ++i) row.AddField("x");
+  copy.AddField("old");
+  FailingNew::ForEachAllocation(
+      [&] { copy = row; },
+      [&](bool failed) { EXPECT_EQ(copy.GetField(0), failed ? "old" : row.GetField(0)); });
+  row.Reset();
+  EXPECT_EQ(row.GetField(0), "") << "past the last field";
+  EXPECT_EQ(copy.GetFieldsCount(), 0) << "65536 in 16 bits";
+  EXPECT_EQ(CsvDocumentRow(copy).GetField(0) + copy.GetField(65535), std::string("n\0lx", 4));
+}
+
+// Calls that allocate tell what was not kept.
+TEST(CsvRow, GivesBackWhatAWideRecordHasLeft) {
+  const std::string wide(60000, ','), usual(2000, ',');
+  CsvDocument document;
+  CsvDocumentRow row;
+  document.Load(Write(wide + "\n" + usual + "\na\n" + usual + "\n" + wide + "\nb\n").c_str());
+  const auto allocates = [&] {
+    return FailingNew::ForEachAllocation([&] { document.GetRow(row); }, [](bool) {}) > 0;
+  };
+  EXPECT_TRUE(allocates()) << "a wide record";
+  EXPECT_TRUE(allocates()) << "a usual one moves to an array of its own";
+  EXPECT_FALSE(allocates()) << "a short one";
+  EXPECT_FALSE(allocates()) << "a usual one again";
+  EXPECT_TRUE(allocates()) << "a wide one again";
+  const long blocks = FailingNew::LiveBlocks();
+  row.Reset();
+  EXPECT_EQ(FailingNew::LiveBlocks(), blocks - 1) << "the array goes with Reset";
+}
+
+TEST(CsvRow, AWideRowGetsRoomForTheWholeRecordAtOnce) {
+  namespace RowMemory = zelconfutils::RowMemory;
+  RowMemory::Fields fields(RowMemory::kKeptFields);
+  RowMemory::AddField(fields, ",a,,\n", ',');
+  EXPECT_EQ(fields.size(), RowMemory::kKeptFields + 1);
+  EXPECT_EQ(fields.capacity(), RowMemory::kKeptFields + 1 + 3);
+}
+
+TEST(CsvRecords, ALongRecordKeepsNoRoom) {
+  zelconfutils::CsvRecordReader reader;
+  reader.Open(Write(std::string(3 * kBlockBytes, 'f') + "\nb\r\n").c_str());
+  reader.ReadRecord();
+  reader.ReadRecord();
+  EXPECT_EQ(reader.Record(), "b\n");
+  EXPECT_LT(reader.Record().capacity(), kBlockBytes);
+}
+
+TEST(CsvReference, ReadsLineEndsOverTheEndOfABlockTheSame) {
   for (std::size_t bytes = kBlockBytes - 3; bytes <= kBlockBytes; ++bytes) {
     for (const std::string& text : TestFiles::AllTexts("a\r\n", 2)) {
-      CsvTwin::ReadAll(std::string(bytes, 'x') + text, CommaDelimiter, '\0');
+      CsvReference::ReadAll(std::string(bytes, 'x') + text, CommaDelimiter, '\0');
     }
+  }
+}
+
+TEST(CsvReference, ReadsTheKeptInputsTheSame) {
+  for (const auto& kept : std::filesystem::directory_iterator(ZELCONFUTILS_CSV_CORPUS)) {
+    SCOPED_TRACE(kept.path().filename());
+    CsvReference::ReadInput(TestFiles::Read(kept.path().string(), std::ios::binary));
   }
 }
 
 // Records around the size of a map of 64 bytes and of a block, fields around the room of a short
 // string, settings that change between two rows, and documents that share a file.
-TEST(Csv, RandomStepsGiveTheRowsOfTheTwins) {
+TEST(CsvReference, GivesTheSameRowsInRandomSteps) {
   std::mt19937 random(1);
   const std::string bytes("a \",\r\n\0\xFF\x1A;;;\t\t\x0B\x0E\x80,,,,", 21);
   const std::string names[] = {Path("a"), Path("b"), Path("%s%n"), "/"};
@@ -49,64 +209,31 @@ TEST(Csv, RandomStepsGiveTheRowsOfTheTwins) {
   const int openFiles = TestSystem::OpenFiles() - 1;
   const long blocks = FailingNew::LiveBlocks();
   {
-    CsvTwin twins[2];
+    CsvReference references[2];
     CsvDocumentRow row;
     for (int step = 0; step < 50000; ++step) {
-      CsvTwin &twin = twins[random() % 2], &other = twins[random() % 2];
+      SCOPED_TRACE(step);
+      CsvReference &one = references[random() % 2], &other = references[random() % 2];
       const std::size_t file = random() % 5, action = random() % 2000;
       if (action == 0) {
-        twin.Load(file < 4 ? names[file].c_str() : nullptr, file < 2 ? &texts[file] : nullptr);
+        one.Load(file < 4 ? names[file].c_str() : nullptr, file < 2 ? &texts[file] : nullptr);
         if (file == 4) messages += "Invalid CSV file  (null)\n";
         if (file == 2 || file == 3) messages += "Failed to open CSV file " + names[file] + "\n";
       } else if (action < 3) {
-        twin.CopyFrom(other, action == 1);
+        one.CopyFrom(other, action == 1);
       } else {
         const auto kind = static_cast<CsvFieldDelimiter>(random() % 4);  // the last is none
-        if (action % 3 == 0) twin.Set(kind, "\0\" x"[random() % 4]);
-        twin.GetRow(row);
+        if (action % 3 == 0) one.Set(kind, "\0\" x"[random() % 4]);
+        one.GetRow(row);
         continue;
       }
-      const std::set<void*> sources = {nullptr, twins[0].source.get(), twins[1].source.get()};
+      const std::set<void*> sources = {nullptr, references[0].source.get(),
+                                       references[1].source.get()};
       EXPECT_EQ(TestSystem::OpenFiles(), openFiles + static_cast<int>(sources.size()));
     }
   }
-  EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
+  EXPECT_EQ(FailingNew::LiveBlocks(), blocks) << "a leak";
   EXPECT_EQ(testing::internal::GetCapturedStderr(), messages);
-}
-
-TEST(Csv, ALongRecordKeepsNoRoom) {
-  TestFiles::Write(Path("a"), std::string(3 * kBlockBytes, 'f') + "\nb\r\n", std::ios::binary);
-  zelconfutils::CsvRecordReader reader;
-  reader.Open(Path("a").c_str());
-  reader.ReadRecord();
-  reader.ReadRecord();
-  EXPECT_EQ(reader.Record(), "b\n");
-  EXPECT_LT(reader.Record().capacity(), kBlockBytes);
-}
-
-TEST(Csv, WhatIsAppendedBehindTheEndIsRead) {
-  TestFiles::Write(Path("a"), "a");
-  CsvDocument document;
-  CsvDocumentRow row;
-  document.Load(Path("a").c_str());
-  EXPECT_TRUE(document.GetRow(row) && !document.GetRow(row));
-  std::ofstream(Path("a"), std::ios::app) << "b\nc\n";
-  EXPECT_TRUE(document.GetRow(row));
-  EXPECT_EQ(row.GetField(0), "b");
-  EXPECT_FALSE(document.IsCsvRecordPresence());  // for an end once met, nothing is looked for
-}
-
-TEST(Csv, FieldsOfARowAreCopiedAndWrapAt65536) {
-  CsvDocumentRow row, copy;
-  row.AddField(std::string("n\0l", 3));
-  for (int i = 1; i < 65536; ++i) row.AddField("x");
-  copy.AddField("old");
-  FailingNew::ForEachAllocation(
-      [&] { copy = row; }, [&](bool failed) { EXPECT_TRUE(!failed || copy.GetField(0) == "old"); });
-  row.Reset();
-  EXPECT_EQ(row.GetField(0), "");
-  EXPECT_EQ(copy.GetFieldsCount(), 0);
-  EXPECT_EQ(copy.GetField(0) + copy.GetField(65535), std::string("n\0lx", 4));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #ifndef ZELCONFUTILS_TESTS_FILE_FIXTURES_H
 #define ZELCONFUTILS_TESTS_FILE_FIXTURES_H
 
-#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -14,6 +13,7 @@
 #include "ConfigException.h"
 #include "ConfigFile.h"
 #include "MultiSectionFile.h"
+#include "Quoted.h"
 #include "TestFiles.h"
 
 struct FileTokens {
@@ -24,30 +24,6 @@ inline constexpr FileTokens kPresetTokens = {"section", "{\n", "}\n", "=", "#", 
 inline constexpr FileTokens kTwoLineTokens = {"section", "\n{\n", "}\n", "=", "#", ""};
 
 constexpr std::size_t kTooSmall = 4294967295;  // also: no such section
-
-/// The text with special bytes escaped, and a long run of one byte told by its length.
-inline std::string Escaped(const std::string& text, bool quoted) {
-  std::string all;
-  for (std::size_t at = 0, run; at < text.size(); at += run) {
-    const unsigned char c = static_cast<unsigned char>(text[at]);
-    std::string shown(1, text[at]);
-    if (c == '"' || c == '\\') shown.insert(0, 1, '\\');
-    if (c < ' ' || c > '~') {
-      shown = {'\\', char('0' + c / 64), char('0' + c / 8 % 8), char('0' + c % 8)};
-    }
-    if (c == '\n') shown = "\\n";
-    run = std::min(text.find_first_not_of(text[at], at), text.size()) - at;
-    const std::string times = std::to_string(run) + "*";
-    if (run >= 20)
-      shown = quoted ? "\" + " + times + '"' + shown + "\" + \"" : "{" + times + shown + "}";
-    if (run < 20) run = 1;
-    all += shown;
-  }
-  return all;
-}
-/// As scenario files write it: `"a=" + 1020*"v" + "\n"`. In lists bare: `a[{1020*v}]`.
-inline std::string Quoted(const std::string& text) { return '"' + Escaped(text, true) + '"'; }
-inline std::string Bare(const std::string& text) { return Escaped(text, false); }
 
 inline std::string ResultText(bool result) { return result ? "true" : "false"; }
 inline std::string ResultText(std::size_t result) { return std::to_string(result); }

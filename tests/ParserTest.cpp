@@ -7,137 +7,101 @@
 #include <typeinfo>
 
 #include "FailingNew.h"
-#include "SlowLexer.h"
 #include "TestFiles.h"
 #include "ZelParser.h"
 
 namespace {
 
-using SlowLexer::Lines;
-using SlowLexer::Split;
 using TestFiles::Path;
-
-Lines AllLines(StreamIterator&& source) {
-  Lines lines;
-  while (source.HasMoreLines()) lines.push_back(source.GetLine());
-  return lines;
-}
-
-std::string Write(const char* name, const std::string& text) {
-  TestFiles::Write(Path(name), text, std::ios::binary);
-  return Path(name);
-}
-
-TEST(LineSources, HandOutLines) {
-  // The runtimes read files by 511, 4096 or 8191 bytes.
-  for (const std::size_t bytes : {0u, 509u, 4094u, 8189u}) {
-    for (const std::string& tail : TestFiles::AllTexts(std::string("a\r\n\0", 4), 4)) {
-      const std::string text = std::string(bytes, 'x') + tail;
-      Lines inBuffer = Split(text.c_str(), '\n', true);
-      if (inBuffer.back().empty()) inBuffer.pop_back();
-      ASSERT_EQ(AllLines(BufferIterator(text.c_str())), inBuffer);
-      std::string folded;
-      for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text.compare(i, 2, "\r\n") != 0) folded += text[i];
-      }
-      ASSERT_EQ(AllLines(FileIterator(Write("a", text).c_str())), Split(folded, '\n', true));
-    }
-  }
-}
-
-TEST(LineSources, AFileThatCannotBeReadHasNoLines) {
-  FileIterator source(Write("a", "a\nb\n").c_str());
-  EXPECT_EQ(source.GetLine(), "a\n");
-  source.CloseFile();
-  source.CloseFile();
-  EXPECT_FALSE(source.HasMoreLines());
-  EXPECT_EQ(source.GetLine(), "");
-  const char* unreadable = "/proc/self/mem";  // opens, and its first byte is never mapped
-  if (!std::filesystem::exists(unreadable)) GTEST_SKIP();
-  EXPECT_EQ(AllLines(FileIterator(unreadable)), Lines{""});
-}
-
-TEST(Lexer, EqualsTheSlowOne) {
-  EXPECT_EQ(ZelLex(nullptr, false).GetToken(), nullptr);
-  for (const std::string& text : TestFiles::AllTexts("a1 ;\xFF\x01", 4)) SlowLexer::Check(text);
-  for (int code = 0; code < 0x100; ++code) {
-    const char c = static_cast<char>(code);
-    for (const char before : {'a', '9', ' '}) {
-      SlowLexer::Check({before, c, 'a', '1', ' ', ';', before, '\x01', c, 'a'});
-    }
-  }
-}
-
-TEST(Lexer, AnAssignmentIsWholeOrChangesNothing) {
-  const std::string wide(50, 'w');
-  const std::string text = wide + "1";
-  BufferIterator source(text.c_str()), other("a 1");
-  ZelLex lexer(&source, false), target(&other, false);
-  lexer.GetToken();
-  const ZelLexToken* record = target.GetToken();
-  FailingNew::ForEachAllocation([&] { target = lexer; },
-                                [&](bool failed) {
-                                  EXPECT_EQ(record->text, failed ? "a" : wide);
-                                  EXPECT_EQ(ZelLex(target).GetToken()->text, failed ? " " : "1");
-                                });
-}
 
 // Its hook reads `limit` tokens at most, and then does as told.
 struct Reader : ZelParser {
   Reader() { text.reserve(10000); }
   bool Parse(void* context) override {
-    if (context != this) throw std::logic_error("context");
+    seenContext = context;
     const ZelLexToken* token = nullptr;
     for (int i = 0; i < limit && (token = GetToken()) != nullptr; ++i) text += token->text;
-    if (ending == '?') throw std::runtime_error("hook");
-    return ending == '1';
+    if (throws) throw std::runtime_error("hook");
+    return result;
   }
-  // `%name` is a file, all else a text.
-  bool Run(const char* source) {
-    const std::string path = Path(source);
-    return *source == '%' ? ParseFile(path.c_str(), this) : ParseBuffer(source, this);
+  /// What the hook reads of a source, where `%name` is a file and all else a text.
+  std::string Read(const std::string& source, int tokens) {
+    const std::string path = Path(source.c_str());
+    limit = tokens;
+    text.clear();
+    try {
+      source[0] == '%' ? ParseFile(path.c_str(), this) : ParseBuffer(source.c_str(), this);
+    } catch (const std::runtime_error&) {
+      text += " (hook threw)";
+    } catch (const std::exception& failure) {
+      text += typeid(failure) == typeid(std::exception) ? "(no file)" : failure.what();
+    }
+    return text;
   }
 
   std::string text;
+  void* seenContext = this;
   int limit = 100;
-  char ending = '1';
+  bool throws = false, result = true;
 };
 
-TEST(Parser, ASecondCallGoesOnWithTheFirstSource) {
-  Write("%a", "a b\nc d\n");
-  std::filesystem::create_directory(Path("%folder"));
-  static const struct {
-    const char *first, *told, *second, *rest;
-  } rows[] = {{"%a", "1a", "%none", " b\n"},      {"%a", "0a", "y", " b\n"},
-              {"1 2\n3", "11", "y", " 2\n3"},     {"1 2\n3", "01", "%a", " 2\n3"},
-              {"%none", "!", "%a", "a b\nc d\n"}, {"%folder", "!", "%a", "a b\nc d\n"},
-              {"%a", "?a", "%a", " b\nc d\n"}};  // the file is still open
-  for (const auto& row : rows) {
-    Reader parser;
-    parser.limit = 1;
-    parser.ending = *row.told;
-    char told = '!';
-    try {
-      told = parser.Run(row.first) ? '1' : '0';
-    } catch (const std::runtime_error&) {
-      told = '?';
-    } catch (const std::exception& failure) {
-      EXPECT_EQ(typeid(failure), typeid(std::exception));
-    }
-    EXPECT_EQ(told + parser.text, row.told);
-    parser.text.clear();
-    parser.limit = 100;
-    parser.ending = '1';
-    parser.Run(row.second);
-    EXPECT_EQ(parser.text, row.rest) << row.first << row.second;
+struct ParserTest : testing::Test {
+  ParserTest() {
+    TestFiles::Write(Path("%a"), "a b\nc d\n", std::ios::binary);
+    std::filesystem::create_directory(Path("%folder"));
+  }
+};
+
+TEST_F(ParserTest, PassesTheContextInAndTheResultOut) {
+  for (const bool result : {true, false}) {
+    Reader ofFile, ofText;
+    ofFile.result = ofText.result = result;
+    EXPECT_EQ(ofFile.ParseFile(Path("%a").c_str(), nullptr), result);
+    EXPECT_EQ(ofText.ParseBuffer("a", &ofFile), result);
+    EXPECT_EQ(ofFile.seenContext, nullptr);
+    EXPECT_EQ(ofText.seenContext, &ofFile);
   }
 }
 
-TEST(Parser, AFailedAllocationLosesNothingThatTheRepeatedCallNeeds) {
+TEST_F(ParserTest, TokensCanBeReadAfterTheHook) {
+  Reader parser;
+  parser.Read("a 1", 1);
+  EXPECT_EQ(parser.GetToken()->text, " ") << "white space is reported";
+  EXPECT_EQ(parser.GetToken()->text, "1");
+  EXPECT_EQ(parser.GetToken(), nullptr);
+}
+
+TEST_F(ParserTest, ASecondCallGoesOnWithTheFirstSource) {
+  static const struct {
+    const char *rule, *first, *firstToken, *second, *rest;
+    bool throws = false;
+  } rows[] = {
+      {"a file is closed: the rest of the line", "%a", "a", "%none", " b\n"},
+      {"also for a text", "%a", "a", "y", " b\n"},
+      {"a text is read to its end", "1 2\n3", "1", "y", " 2\n3"},
+      {"also for a file", "1 2\n3", "1", "%a", " 2\n3"},
+      {"a file that is missing is tried again", "%none", "(no file)", "%a", "a b\nc d\n"},
+      {"a missing file is told after a text, too", "1 2", "1", "%none", "(no file)"},
+      {"a folder is no file", "%folder", "(no file)", "b", "b"},
+      {"after a throw the file is open", "%a", "a (hook threw)", "%a", " b\nc d\n", true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.rule);
+    Reader parser;
+    parser.throws = row.throws;
+    EXPECT_EQ(parser.Read(row.first, 1), row.firstToken);
+    parser.throws = false;
+    EXPECT_EQ(parser.Read(row.second, 100), row.rest);
+  }
+}
+
+TEST_F(ParserTest, AFailedAllocationLosesNothingThatTheRepeatedCallNeeds) {
   const std::string text = std::string(9000, 'w') + " 1\n" + std::string(50, 'w') + "7;\nend";
-  Write("%a", text);
-  for (const char* source : {"%a", text.c_str()}) {
-    const auto run = [source](Reader& parser) { parser.Run(source); };
+  TestFiles::Write(Path("%b"), text, std::ios::binary);
+  for (const std::string path = Path("%b"); const bool ofFile : {true, false}) {
+    const auto run = [&](Reader& parser) {
+      ofFile ? parser.ParseFile(path.c_str(), nullptr) : parser.ParseBuffer(text.c_str(), nullptr);
+    };
     FailingNew::ForEachAllocationOn<Reader>(run, [&](Reader& parser, bool failed) {
       if (failed) run(parser);
       EXPECT_EQ(parser.text, text);
