@@ -2,9 +2,9 @@
 // Lists the blocks of a brace file (logrotate, dhcpd.conf), edits one entry of one, or adds a
 // block.
 //
-//   block_edit [OPTION]... FILE
-//   block_edit [OPTION]... FILE BLOCK EDIT
-//   block_edit [OPTION]... FILE BLOCK add-block [KEY VALUE]...
+//   block_edit FILE [OPTION]...
+//   block_edit FILE [OPTION]... BLOCK EDIT
+//   block_edit FILE [OPTION]... BLOCK add-block [KEY VALUE]...
 //
 // BLOCK is the text before the brace, or one word of it. EDIT and OPTION are those of line_edit.
 // The blocks are read by one object whose separator occurs nowhere, so that no header is taken for
@@ -133,7 +133,7 @@ int main(int count, char** arguments) try {
   Options options = ParseOptions(count, arguments);
   const auto& words = options.words;
   if (words.empty() || words.size() == 2)
-    return std::puts("usage: block_edit [OPTION]... FILE [BLOCK EDIT]"), 2;
+    return std::puts("usage: block_edit FILE [OPTION]... [BLOCK EDIT]"), 2;
   const std::string before = ReadBytes(words[0]);
   const std::string end = LineEnd(before);
   std::vector<Block> blocks = FindBlocks(before);

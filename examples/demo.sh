@@ -6,7 +6,7 @@
 # demo.sh --programs: the programs that it runs.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-programs=(edit_value read_values logrotate_blocks)
+programs=(edit_value read_values block_edit)
 
 # show PROGRAM FILE SHIPPED ARGUMENT ...
 show() {
@@ -19,7 +19,7 @@ demo() {
   show edit_value /etc/login.defs login.defs $'\t' \
     set PASS_MAX_DAYS 90 delete PASS_MIN_DAYS rename LOGIN_RETRIES LOGIN_TRIES add CREATE_HOME yes
   show read_values /etc/os-release os-release VERSION_ID 0
-  show logrotate_blocks /etc/logrotate.d/dpkg logrotate
+  show block_edit /etc/logrotate.d/dpkg logrotate --dry-run /var/log/dpkg.log set rotate 4
 }
 
 # The README with what the demo prints in the place of what stands there.

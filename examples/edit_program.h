@@ -21,7 +21,7 @@ inline Options ParseOptions(int count, char** arguments) {
   Options options;
   for (int i = 1; i < count; ++i) {
     const std::string word = arguments[i];
-    const bool option = options.words.empty();  // they stand before all else
+    const bool option = options.words.size() <= 1;  // they stand before or after the file
     if (option && word == "--dry-run") {
       options.dryRun = true;
     } else if (option && word == "--ignore-case") {

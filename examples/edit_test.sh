@@ -5,6 +5,8 @@
 set -euo pipefail
 line=$(realpath "$1") ini=$(realpath "$2") block=$(realpath "$3")
 emulator=("${@:4}")
+feed=$'\n' # of a file that has none yet
+[ "${1%.exe}" = "$1" ] || feed=$'\r\n'
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -55,8 +57,8 @@ equals "a value of two lines" $'a = 1\n' "refused: a line feed" set a $'1\nb=2'
 equals "a line of more than 1023 bytes" "a = $(printf '%01100d' 0)"$'\n' "refused: line 1, a: its line is too long" set a 9
 equals "add after the last of its kind" $'[x]\na=1\n# of b\nb=2\n' $'[x]\na=1\na=2\n# of b\nb=2\n' add a 2
 equals "add after its continuation" $'a=1\\\n2\nb=2\n' $'a=1\\\n2\na=3\nb=2\n' add a 3
-equals "add to an empty file" '' $'a = 1\n' add a 1
-equals "add mends a missing last line feed" $'a=1' $'a=1\nb=2\n' add b 2
+equals "add to an empty file" '' "a = 1$feed" add a 1
+equals "add mends a missing last line feed" $'a=1' "a=1${feed}b=2$feed" add b 2
 equals "add to CR LF without a last one" $'a=1\r\nb=2' $'a=1\r\nb=2\r\nc=3\r\n' add c 3
 equals "add of more than 1023 bytes" $'a=1\n' "refused: b: a line has at most" add b "$(printf '%01100d' 0)"
 equals "add with the separator in the key" $'a=1\n' "refused: b=c: with this value" add b=c 1
@@ -100,8 +102,9 @@ section "the section twice" $'[a]\nx=1\n[b]\n[a]\ny=2\n' "refused: line 4: [a] s
 section "a line number counts from the top" $'[a]\nx=1\n\nx=2\n' "refused: line 4, x: stands in line 2" file a set x 3
 section "a header with a comment" $' [a] ; why\nx=1\n' $' [a] ; why\nx=2\n' file a set x 2
 section "an empty section" $'[a]\n\n[b]\nx=1\n' $'[a]\ny = 2\n\n[b]\nx=1\n' file a add y 2
-section "an empty section without a line feed" $'[a]' $'[a]\ny = 2\n' file a add y 2
+section "an empty section without a line feed" $'[a]' "[a]${feed}y = 2$feed" file a add y 2
 section "a dry run" "$two" "$two" --dry-run file one set p 9
+section "options after the file" "$two" "$two" file --dry-run one set p 9
 section "keys with blanks" $'[g]\nlog level = 1\n' $'[g]\nlog level = 2\n' file g set 'log level' 2
 
 # --- Blocks ----------------------------------------------------------------------------------------

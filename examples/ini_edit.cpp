@@ -2,7 +2,7 @@
 // Edits one entry of one section of an INI file. The section's lines are cut out, edited as a flat
 // text, and put back; every other byte stays.
 //
-//   ini_edit [OPTION]... FILE SECTION EDIT
+//   ini_edit FILE [OPTION]... SECTION EDIT
 //
 // SECTION is the name between the brackets; '' is what stands before the first section. EDIT and
 // OPTION are those of line_edit.
@@ -54,7 +54,7 @@ int main(int count, char** arguments) try {
   Options options = ParseOptions(count, arguments);
   const auto& words = options.words;
   if (words.size() < 4 || !options.before.empty())
-    return std::puts("usage: ini_edit [OPTION]... FILE SECTION EDIT"), 2;
+    return std::puts("usage: ini_edit FILE [OPTION]... SECTION EDIT"), 2;
   const std::string before = ReadBytes(words[0]);
   options.style.lineEnd = LineEnd(before);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Edits one entry of a flat file, and keeps its blanks and its trailing comment.
 //
-//   line_edit [OPTION]... FILE = EDIT        the first `=` parts key from value
-//   line_edit [OPTION]... FILE blanks EDIT   blanks or tabs do, not the same on every line
+//   line_edit FILE [OPTION]... = EDIT        the first `=` parts key from value
+//   line_edit FILE [OPTION]... blanks EDIT   blanks or tabs do, not the same on every line
 //
 // EDIT is set KEY VALUE, add KEY VALUE, rename KEY NEW or delete KEY. An option is --dry-run,
 // --ignore-case, --note CHARACTERS (they begin a trailing comment; '' if there is none), or
@@ -26,7 +26,7 @@ int main(int count, char** arguments) try {
   Options options = ParseOptions(count, arguments);
   const auto& words = options.words;
   if (words.size() < 4 || (words[1] != "=" && words[1] != "blanks"))
-    return std::puts("usage: line_edit [OPTION]... FILE =|blanks EDIT"), 2;
+    return std::puts("usage: line_edit FILE [OPTION]... =|blanks EDIT"), 2;
   const std::string before = ReadBytes(words[0]);
   options.style.blanks = words[1] == "blanks";
   options.style.lineEnd = LineEnd(before);
