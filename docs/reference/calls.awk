@@ -169,6 +169,9 @@ declaration == "" && line ~ /^\}/ {
   } else if (!inClass && !(docs && text ~ /^using /)) {
     docs = 0
     skipped = braces(text)
+  } else if (!inClass) {
+    if (!listing) { gap(); say("## Types of `" qualified(depth) "`") }
+    say_item(text)
   } else if (text !~ /\(/ || text ~ /^using / || scopeKind[depth] == "enum") {
     say_item(text)
   } else {
