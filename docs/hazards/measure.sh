@@ -14,8 +14,12 @@ readme=$here/../../README.md
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 2
-g++ -std=c++17 -O1 -I"$here/../../include" "$here/set_zelconfutils.cpp" -L"$library" -lzelconfutils \
-  -Wl,-rpath,"$library" -o set_zelconfutils || exit 2
+examples=$here/../../examples
+compile() {  # PROGRAM SOURCE ...
+  g++ -std=c++17 -O1 -I"$here/../../include" "${@:2}" -L"$library" -lzelconfutils -Wl,-rpath,"$library" -o "$1" || exit 2
+}
+compile set_zelconfutils "$here/set_zelconfutils.cpp"
+for recipe in ini_edit block_edit; do compile "$recipe" "$examples/$recipe.cpp" "$examples/safe_save.cpp"; done
 # shellcheck disable=SC2046
 gcc -O1 "$here/set_gkeyfile.c" -o set_gkeyfile $(pkg-config --cflags --libs glib-2.0) || exit 2
 
@@ -94,6 +98,8 @@ styled() {
 # Each tool edits the file `f` its usual way; a result other than 0 says that it refused.
 edit_zelconfutils() { ./set_zelconfutils f port 9090; }
 edit_zelconfutils_blocks() { ./set_zelconfutils f server port 9090; }
+edit_ini_recipe() { ./ini_edit --note '#;' f server set port 9090; }
+edit_block_recipe() { ./block_edit --note '#' f server set port 9090; }
 edit_git() { git config --file f server.port 9090; }
 edit_crudini() { crudini --set f server port 9090; }
 with_augeas() {  # LENS PATH: sets the node at the path below the file
@@ -182,11 +188,12 @@ table() {
 
 {
   # shellcheck disable=SC2016
-  table '| In the file | `SetEntry` | git config | crudini | Augeas | configparser | GKeyFile |' \
-    flat_hazards zelconfutils git crudini augeas configparser gkeyfile
+  table '| In the file | `SetEntry` | recipe `ini_edit` | git config | crudini | Augeas | configparser | GKeyFile |' \
+    flat_hazards zelconfutils ini_recipe git crudini augeas configparser gkeyfile
   echo
   # shellcheck disable=SC2016
-  table '| In the file with blocks | `SetSectionEntry` | Augeas |' block_hazards zelconfutils_blocks augeas_blocks
+  table '| In the file with blocks | `SetSectionEntry` | recipe `block_edit` | Augeas |' block_hazards \
+    zelconfutils_blocks block_recipe augeas_blocks
 } >tables
 
 # The README with the tables between its two marks.
