@@ -56,7 +56,8 @@ using ConfigEntryPosition = LinkedListPosition<ConfigEntry>;  ///< a cursor over
 /// `std::bad_alloc`: no line and no entry has changed then, and the object stays usable.
 ///
 /// Edits change the image in memory; the file changes at `Save` alone. Between calls the object
-/// holds no open file and no lock. It is used by one thread at a time, reads included. No text
+/// holds no open file and no lock; within one, the file is not inherited by programs that are
+/// started meanwhile. It is used by one thread at a time, reads included. No text
 /// pointer may be null except where that is said; what is passed in is copied.
 class ZELCONFUTILS_API ConfigFile {
  public:
@@ -75,6 +76,10 @@ class ZELCONFUTILS_API ConfigFile {
   ///
   /// Waits about ten seconds at most for a lock that another process holds on the file. Afterwards
   /// the cursor is on the first entry, or at end.
+  ///
+  /// A read that a signal interrupts goes on. One that fails, as on a broken disk, ends the content
+  /// as the end of the file does, and nothing tells of it: who must know compares the length of the
+  /// image with that of the file before saving.
   ///
   /// Throws `ConfigException` with one of `Path DIRECTORY does not exist.` (also for a directory
   /// that the system does not let this process look at), `Error opening file "PATH" : REASON`,
@@ -98,8 +103,9 @@ class ZELCONFUTILS_API ConfigFile {
   /// Writes the image to `target`, or to the object's own path where `target` is null or empty. A
   /// target does not become the path. The file is truncated before it is locked and written.
   ///
-  /// `coalesced` chooses how: false writes the lines in small blocks and needs no memory; true
-  /// gathers the image in a buffer, kept from save to save, and writes it with one call.
+  /// `coalesced` chooses how: false writes the lines in blocks of 16 KiB on the stack (a thread
+  /// with a stack of 32 KiB can save) and needs no memory; true gathers the image in a buffer, kept
+  /// from save to save, and writes it with one call.
   ///
   /// True when the system has accepted every byte. False when the object has no path: then no file
   /// is touched, even with a target. Lines, entries, cursor and the delete mark are as before.

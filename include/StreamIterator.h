@@ -57,8 +57,9 @@ class ZELCONFUTILS_API FileIterator : public StreamIterator {
 
   /// The next line: with exactly one LF as its last byte, or without one if the file ends first.
   /// Empty at the end of the file and for a closed file. A read error ends the input like the end
-  /// of the file. Throws `std::bad_alloc`, and then stays in front of the line, so that the call
-  /// can be repeated (what cannot be read twice, a pipe for one, goes on behind the bytes read).
+  /// of the file, an interrupted read does not. Throws `std::bad_alloc`, and then stays in front of
+  /// the line, so that the call can be repeated (what cannot be read twice, a pipe for one, goes on
+  /// after the bytes read).
   std::string GetLine() override;
 
   /// Closes the file if it is open; unread lines are gone. May be called any number of times.

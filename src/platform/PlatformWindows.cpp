@@ -15,7 +15,7 @@ namespace zelconfutils::Platform {
 
 namespace {
 
-// The first bytes of the file behind a descriptor, as the system's lock calls want them.
+// The first bytes of an open file, as the system's lock calls want them.
 struct Range {
   Range(const File& locked, std::int64_t bytes)
       : file(reinterpret_cast<HANDLE>(_get_osfhandle(locked.descriptor))),
@@ -74,6 +74,8 @@ std::int64_t FileLength(const File& file) {
 
 std::size_t ReadBytes(const File& file, char* buffer, std::size_t bytes) {
   const int got = _read(file.descriptor, buffer, CallBytes(bytes));
+  // The runtime keeps the end in mind until a seek: what is appended later is to be read.
+  if (got == 0) _lseeki64(file.descriptor, 0, SEEK_CUR);
   return got > 0 ? static_cast<std::size_t>(got) : 0;
 }
 
