@@ -40,7 +40,6 @@ std::string Dump(F& file) {
 
 template <class F>
 struct Content : testing::Test {
-  static constexpr bool kHasSections = std::is_same_v<F, SectionFile>;
   static constexpr char kText[] = "a=1\nb=2\nc=3\nsection s {\nx=1\ny=2\n}\n";
   const std::string path = TestFiles::Path("content");
 };
@@ -68,7 +67,7 @@ TYPED_TEST(Content, StaysUntouchedWhereRefillingItFindsNoMemory) {
     SCOPED_TRACE(row.name);
     TestFiles::Write(this->path, this->kText);
     TypeParam file(this->path.c_str());
-    if constexpr (this->kHasSections) file.GotoSecLastEntry();
+    if constexpr (std::is_same_v<TypeParam, SectionFile>) file.GotoSecLastEntry();
     file.GotoEntry("b");
     file.DeleteCurrentEntry();
     const std::string before = Dump(file);
