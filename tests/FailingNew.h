@@ -19,20 +19,20 @@ long LiveBlocks();
 int ForEachAllocation(const std::function<void()>& operation,
                       const std::function<void(bool failed)>& check);
 
-/// The same for `operation` on a `World` that is made anew for each run. Throws when memory is
-/// left behind with a `World`.
-template <class World>
-int ForEachAllocationOn(const std::function<void(World&)>& operation,
-                        const std::function<void(World&, bool failed)>& check) {
-  std::optional<World> world(std::in_place);
+/// The same for `operation` on a `Fixture` that is made anew for each run. Throws when memory is
+/// left behind with a `Fixture`.
+template <class Fixture>
+int ForEachAllocationOn(const std::function<void(Fixture&)>& operation,
+                        const std::function<void(Fixture&, bool failed)>& check) {
+  std::optional<Fixture> fixture(std::in_place);
   long live = 0;
   const auto run = [&] {
     live = LiveBlocks();
-    operation(*world);
+    operation(*fixture);
   };
   return ForEachAllocation(run, [&](bool failed) {
-    check(*world, failed);
-    world.emplace();
+    check(*fixture, failed);
+    fixture.emplace();
     if (LiveBlocks() != live) throw std::logic_error("a leak");
   });
 }

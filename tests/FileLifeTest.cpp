@@ -160,6 +160,39 @@ TYPED_TEST(FileLife, KeepsEveryByteBeyondTheBuffers) {
   }
 }
 
+// Lines of each length beside each other; each grows to its room's end and one byte past it, and
+// every second is deleted and added again, so that blocks of each size are taken and used anew.
+TYPED_TEST(FileLife, EachLineKeepsToItsOwnBytes) {
+  constexpr std::size_t kLines = 300;
+  const auto key = [](std::size_t n) { return std::to_string(n); };
+  const auto value = [](std::size_t n, std::size_t more) {
+    return std::string(n + more, static_cast<char>('a' + more % 26));
+  };
+  std::string image, odd;
+  for (std::size_t n = 1; n <= kLines; ++n) image += key(n) + "=" + value(n, 0) + "\n";
+  TestFiles::Write("file", image);
+  TypeParam file(this->tokens, "file");
+  for (const std::size_t more : {33u, 34u, 66u, 67u}) {  // room for 33 bytes, then for 32
+    image.clear();
+    for (std::size_t n = 1; n <= kLines; ++n) {
+      file.SetEntry(key(n).c_str(), value(n, more).c_str());
+      image += key(n) + "=" + value(n, more) + "\n";
+    }
+    ASSERT_EQ(Quoted(file.Image()), Quoted(image)) << more;
+  }
+  image.clear();
+  for (std::size_t n = 1; n <= kLines; ++n) {
+    if (n % 2 == 0) image += key(n) + "=" + value(n, 67) + "\n";
+    if (n % 2 == 0) continue;
+    file.DeleteEntry(key(n).c_str());
+    odd += "\t" + key(n) + "=" + value(n, 66) + "\n";
+  }
+  for (std::size_t n = 1; n <= kLines; n += 2) {
+    file.AddEntry(key(n).c_str(), value(n, 66).c_str(), false);
+  }
+  EXPECT_EQ(Quoted(file.Image()), Quoted(image + odd));
+}
+
 // Where the system has one, line ends are folded and unfolded, and 0x1A ends the file.
 TYPED_TEST(FileLife, IsReadAndWrittenInTextMode) {
   const std::string bytes = "a=1\r\nb\n\r\r\n\x1A=2";
@@ -383,6 +416,19 @@ TEST_F(FlatFileLife, ThePathCheckAsksForTheDirectoryThatThePathNames) {
     EXPECT_EQ(check.Exists(), row.exists);
     EXPECT_EQ(check.Text(), row.text);
     EXPECT_TRUE(fs::is_directory(row.made)) << row.made;
+  }
+}
+
+TEST(MultiSectionConfigFile, HasItsTokensWhateverItsThirdArgument) {
+  for (const bool ignored : {false, true}) {
+    const std::string path = TestFiles::Written("x = 1\nsection a {\n# k=0\nk=1\n}\n");
+    Configuration::MultiSectionConfigFile file(path.c_str(), false, ignored, true, false);
+    char name[4], value[4], image[80];
+    EXPECT_EQ(file.GetSectionName(name, 4) + file.GetSectionEntry("k", value, 4), 2u);
+    EXPECT_EQ(name + std::string(value), "a1");
+    EXPECT_TRUE(file.AddSection("b", false) && file.AddSectionEntry("k", "2"));
+    EXPECT_TRUE(file.SaveToBuffer(image, sizeof image));
+    EXPECT_STREQ(image, "x = 1\nsection a {\n# k=0\nk=1\n}\nsection b {\nk=2\n}\n");
   }
 }
 
