@@ -162,8 +162,8 @@ class ZELCONFUTILS_API CsvDocument {
   /// the row is not touched.
   bool GetCsvFields(CsvDocumentRow* row, const char* record, const std::uint32_t& size);
 
-  /// Cuts the bytes that are in the terminated set `chars` off the chosen ends of `text`. Returns
-  /// whether it cut any.
+  /// Takes the bytes that are in the terminated set `chars` off the chosen ends of `text`. Returns
+  /// whether it took any.
   bool StringTrim(std::string& text, const char* chars, bool left, bool right);
 
   char delimiter = ',';

@@ -37,7 +37,7 @@ class ZELCONFUTILS_API StreamIterator {
 };
 
 /// The lines of a file, each CR LF pair in it read as one LF, on every platform. A CR without an
-/// LF behind it is an ordinary byte of its line, and so is a NUL.
+/// LF after it is an ordinary byte of its line, and so is a NUL.
 class ZELCONFUTILS_API FileIterator : public StreamIterator {
  public:
   /// Opens the file named by the NUL-terminated `fileName` for reading; other readers and
@@ -51,13 +51,13 @@ class ZELCONFUTILS_API FileIterator : public StreamIterator {
   ~FileIterator() override;
 
   /// False for a closed file, and once a read has run into the end of the file. There is no
-  /// look-ahead: behind the last line of a file that ends in LF, and for an empty file, the
+  /// look-ahead: after the last line of a file that ends in LF, and for an empty file, the
   /// result is true, and only the `GetLine` that follows finds the end and gives an empty string.
   bool HasMoreLines() override;
 
   /// The next line: with exactly one LF as its last byte, or without one if the file ends first.
   /// Empty at the end of the file and for a closed file. A read error ends the input like the end
-  /// of the file, an interrupted read does not. Throws `std::bad_alloc`, and then stays in front of
+  /// of the file, an interrupted read does not. Throws `std::bad_alloc`, and then stays before
   /// the line, so that the call can be repeated (what cannot be read twice, a pipe for one, goes on
   /// after the bytes read).
   std::string GetLine() override;
@@ -80,8 +80,8 @@ class ZELCONFUTILS_API FileIterator : public StreamIterator {
   bool atEnd;  // a read ran into the end of the file
 };
 
-/// The lines of a text in memory, each byte as it is: a CR in front of an LF stays. A text that
-/// ends in LF has no empty line behind it.
+/// The lines of a text in memory, each byte as it is: a CR before an LF stays. A text that
+/// ends in LF has no empty line after it.
 class ZELCONFUTILS_API BufferIterator : public StreamIterator {
  public:
   /// Reads the NUL-terminated `text`, which is neither copied nor owned: the caller keeps it alive
@@ -104,7 +104,7 @@ class ZELCONFUTILS_API BufferIterator : public StreamIterator {
 
  private:
   const char* buffer;      // the caller's
-  std::uint32_t length;    // bytes in front of the first NUL, taken once
+  std::uint32_t length;    // bytes before the first NUL, taken once
   std::uint32_t position;  // index of the next unread byte, 0 to `length`
 };
 

@@ -47,7 +47,7 @@ struct ZELCONFUTILS_API ZelLexToken {
 /// keywords, comments, quoted strings, signs or fractions, and no line numbers.
 ///
 /// The byte 0xFF is the end mark: as a token's first byte it is delivered as an `UnknownToken` and
-/// ends the input; behind a run it ends the run and the input. Nothing behind it is read.
+/// ends the input; after a run it ends the run and the input. Nothing after it is read.
 ///
 /// No locks: a lexer and its source belong to one thread at a time.
 class ZELCONFUTILS_API ZelLex {

@@ -11,7 +11,7 @@
 ///
 /// An object serves one source. Sources and lexer are made once and not replaced: a later call
 /// runs `Parse` again on what the lexer has left, and ignores its file name or text. (The first
-/// `ParseFile` behind a `ParseBuffer`, and the other way round, still makes its source, but the
+/// `ParseFile` after a `ParseBuffer`, and the other way round, still makes its source, but the
 /// lexer stays on the first.) A second source needs a second object.
 ///
 /// No locks: an object belongs to one thread at a time.

@@ -29,8 +29,8 @@ class ZELCONFUTILS_API ZelSectionEntry {
   virtual ~ZelSectionEntry();
 
   /// Sets the key. Null changes nothing: only the comment can go back to null. A text of 512
-  /// bytes or more, NUL not counted, is cut to its first 511. `text` may be (part of) what the
-  /// same getter returns: `SetValue(GetValue() + 2)` drops two bytes in front.
+  /// bytes or more, NUL not counted, is truncated to its first 511. `text` may be (part of) what
+  /// the same getter returns: `SetValue(GetValue() + 2)` drops two bytes in front.
   void SetKeyName(const char* text);
   /// As `SetKeyName`, for the value.
   void SetValue(const char* text);
@@ -103,8 +103,8 @@ class ZELCONFUTILS_API ZelSection {
 
   virtual ~ZelSection();
 
-  /// Sets the name, cut to 511 bytes. Null changes nothing. The old name is wiped before `name`
-  /// is read: with (part of) `GetName()` as the argument the name becomes empty.
+  /// Sets the name, truncated to 511 bytes. Null changes nothing. The old name is wiped before
+  /// `name` is read: with (part of) `GetName()` as the argument the name becomes empty.
   void SetName(const char* name);
 
   /// The object's own block, or null.
@@ -119,7 +119,7 @@ class ZELCONFUTILS_API ZelSection {
   /// Appends a copy of `entry`. The end position, not that of the new entry.
   EntryPosition InsertEntry(ZelSectionEntry* entry);
 
-  /// Puts a copy of `entry` in front of `position`, which may be the end. The position of the
+  /// Puts a copy of `entry` before `position`, which may be the end. The position of the
   /// copy; for a null `entry` the end position.
   EntryPosition InsertEntry(ZelSectionEntry* entry, ConstEntryPosition position);
 
@@ -160,7 +160,7 @@ class ZELCONFUTILS_API ZelSection {
   friend bool operator==(ZelSection&& left, ZelSection&& right) { return left.operator==(right); }
 
   /// Takes the name of `other`, if it has one, and appends copies of its entries. The entries of
-  /// this section stay in front of them: call `ClearEntryList` first to replace them. Assigning
+  /// this section stay before them: call `ClearEntryList` first to replace them. Assigning
   /// a section to itself changes nothing.
   void operator=(const ZelSection& other);
 

@@ -14,7 +14,7 @@ namespace zelconfutils {
 
 namespace {
 
-// A record's size is told in 32 bits and counts a NUL behind it.
+// A record's size is told in 32 bits and counts a NUL after it.
 constexpr std::size_t kMaxRecordBytes = std::numeric_limits<std::uint32_t>::max() - 1;
 
 bool EndsInLineEnd(const std::string& record) {

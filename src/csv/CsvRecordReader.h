@@ -11,7 +11,7 @@
 
 namespace zelconfutils {
 
-/// Cuts a file into records. It owns the open stream, one block of the file, and the record in
+/// Splits a file into records. It owns the open stream, one block of the file, and the record in
 /// hand, so that the documents that share it read on where the last of them stopped.
 class CsvRecordReader {
  public:
@@ -54,7 +54,7 @@ class CsvRecordReader {
   std::unique_ptr<std::FILE, Close> stream_;
   std::size_t at_ = 0;      // the next byte of the block to deliver
   std::size_t end_ = 0;     // the bytes in the block
-  std::size_t nextCr_ = 0;  // the first CR at or behind at_, `end_` if there is none;
+  std::size_t nextCr_ = 0;  // the first CR at or after at_, `end_` if there is none;
   std::size_t nextLf_ = 0;  //   out of date if it lies before at_. The same for LF.
   std::string record_;
   bool unread_ = false;  // the next ReadRecord keeps record_

@@ -18,7 +18,7 @@ class FieldEnds {
   FieldEnds(const char* text, std::size_t bytes, char delimiter)
       : text_(text), bytes_(bytes), delimiter_(delimiter) {}
 
-  /// The offset of the next such byte; `bytes` or more behind the last one.
+  /// The offset of the next such byte; `bytes` or more after the last one.
   std::size_t Next() {
     while (ends_ == 0) {
       if (mapped_ == bytes_) return bytes_;

@@ -24,11 +24,11 @@ constexpr std::size_t kStep = 8;
 constexpr std::uint64_t Eight(unsigned byte) { return byte * std::uint64_t{0x0101010101010101}; }
 
 // The bytes of a run, for eight at once: to each byte below 0x80 a number is added that carries
-// into its top bit from the lowest member on, and another that does so behind the highest.
+// into its top bit from the lowest member on, and another that does so above the highest.
 struct Members {
   std::uint64_t fold;  // makes upper case lower
   std::uint64_t fromLowest;
-  std::uint64_t behindHighest;
+  std::uint64_t aboveHighest;
 };
 
 constexpr Members kLetters = {Eight('a' - 'A'), Eight(0x80 - 'a'), Eight(0x7f - 'z')};
@@ -39,8 +39,7 @@ std::size_t MembersAtFront(const char* bytes, const Members& members) {
   std::uint64_t eight = 0;
   std::memcpy(&eight, bytes, kStep);
   const std::uint64_t low = (eight | members.fold) & Eight(0x7f);
-  const std::uint64_t belongs =
-      (low + members.fromLowest) & ~(low + members.behindHighest) & ~eight;
+  const std::uint64_t belongs = (low + members.fromLowest) & ~(low + members.aboveHighest) & ~eight;
   const std::uint64_t strangers = ~belongs & Eight(0x80);
   return static_cast<std::size_t>(std::endian::native == std::endian::little
                                       ? std::countr_zero(strangers)
@@ -110,7 +109,7 @@ char ZelLex::GetChar() {
 }
 
 // The byte to step back to is missing where a source follows an unterminated line with an empty
-// one: `line` is empty then, and `position` stands behind it. That is the end of the input.
+// one: `line` is empty then, and `position` stands past it. That is the end of the input.
 int ZelLex::PutChar() {
   --position;
   current = position < line.size() ? static_cast<signed char>(line[position]) : kEndMark;

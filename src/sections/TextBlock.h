@@ -12,8 +12,8 @@ namespace zelconfutils::TextBlock {
 
 inline constexpr std::size_t kBytes = 512;  // of each block, the NUL included
 
-/// Copies `text`, cut to 511 bytes, into the block; a null `block` is allocated, which may throw
-/// `std::bad_alloc`. A null `text` changes nothing. `text` may lie in the block.
+/// Copies `text`, truncated to 511 bytes, into the block; a null `block` is allocated, which may
+/// throw `std::bad_alloc`. A null `text` changes nothing. `text` may lie in the block.
 void Set(char*& block, const char* text);
 
 /// The same, but without an allocation: a null `block` takes `fresh`, which holds `text`
