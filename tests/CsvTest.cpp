@@ -53,7 +53,7 @@ TEST(Csv, RecordsAndFieldsOfAFile) {
     char token = '\0';
   } rows[] = {
       {"a line end ends the record", "a,b,c\nd\n", "[a][b][c]+ [d]."},
-      {"so does the end of the file", "a,b,c", "[a][b][c]."},
+      {"the end of the file ends it, too", "a,b,c", "[a][b][c]."},
       {"CR LF is one line end", "a\r\nb\r\n", "[a]+ [b]."},
       {"CR alone is a line end", "a\rb\r\r\nc", "[a]+ [b]+ []+ [c]."},
       {"an empty line is a row of one empty field", "\n\na\n\n", "[]+ []+ [a]+ []."},
@@ -66,8 +66,10 @@ TEST(Csv, RecordsAndFieldsOfAFile) {
       {"the tab may separate", "a,b\t \tc", "[a,b][][c].", TabDelimiter},
       {"without a special token a quote is data", "\"a\"", "[\"a\"]."},
       {"the special token goes at either end", "\"a\",\"b,c\"", "[a][b][c].", CommaDelimiter, '"'},
-      {"once", "\"\"a\"\",\"\",\",a\"b", "[\"a\"][][][a\"b].", CommaDelimiter, '"'},
-      {"only where it ends the field", " \"a\" ,\" b \"", "[\"a\"][b].", CommaDelimiter, '"'},
+      {"the special token goes once", "\"\"a\"\",\"\",\",a\"b", "[\"a\"][][][a\"b].",
+       CommaDelimiter, '"'},
+      {"the token goes only where it ends the field", " \"a\" ,\" b \"", "[\"a\"][b].",
+       CommaDelimiter, '"'},
       {"a quoted line end ends the record", "\"a\nb\"", "[a]+ [b].", CommaDelimiter, '"'},
   };
   for (const auto& row : rows) {

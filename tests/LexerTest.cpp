@@ -35,8 +35,8 @@ TEST(LineSources, LinesOfAFileAndOfAText) {
     Lines ofFile, ofText;
   } rows[] = {
       {"only reading finds the end of a file", "", {""}, {}},
-      {"also after a last line feed", "a\n", {"a\n", ""}, {"a\n"}},
-      {"but not after a line without one", "a\nb", {"a\n", "b"}, {"a\n", "b"}},
+      {"also at a last line feed", "a\n", {"a\n", ""}, {"a\n"}},
+      {"not at a line without one", "a\nb", {"a\n", "b"}, {"a\n", "b"}},
       {"a blank line is no empty string", "\n\nb", {"\n", "\n", "b"}, {"\n", "\n", "b"}},
       {"CR LF is folded in a file alone", "a\r\n\r\n", {"a\n", "\n", ""}, {"a\r\n", "\r\n"}},
       {"a CR without LF is a byte", "a\rb\r\r\n\r", {"a\rb\r\n", "\r"}, {"a\rb\r\r\n", "\r"}},
@@ -104,7 +104,9 @@ TEST(Lexer, TokensOfLines) {
        {"ab1c 22"},
        R"(word "ab" digits "1" word "c" blank " " digits "22" end)"},
       {"an underscore is punctuation", {"a_b"}, R"(word "a" mark "_" word "b" end)"},
-      {"so are point and sign", {"-1.5"}, R"(mark "-" digits "1" mark "." digits "5" end)"},
+      {"point and sign are punctuation",
+       {"-1.5"},
+       R"(mark "-" digits "1" mark "." digits "5" end)"},
       {"a quote is a mark like any other", {"\"a\""}, R"(mark "\"" word "a" mark "\"" end)"},
       {"what fits no class is unknown",
        {"$\r\f\x80"},
@@ -113,13 +115,13 @@ TEST(Lexer, TokensOfLines) {
       {"each byte of white space is a token",
        {" \t\v\n"},
        R"(blank " " blank "\011" blank "\013" newline "\n" end)"},
-      {"or the run is one empty token",
+      {"skipped white space is one empty token",
        {" \t\va \n"},
        R"(unknown "" word "a" unknown "" newline "\n" end)",
        true},
       {"skipped white space may meet the end", {"a  "}, R"(word "a" unknown "" end)", true},
       {"a line feed ends a run", {"a\n", "b"}, R"(word "a" newline "\n" word "b" end)"},
-      {"a line without one does not", {"a", "b1", "2"}, R"(word "ab" digits "12" end)"},
+      {"a line without a line feed does not", {"a", "b1", "2"}, R"(word "ab" digits "12" end)"},
       {"an empty line is the end", {"a", "", "b"}, R"(word "a" end)"},
       {"0xFF as a token is the last",
        {"a \xFF"
@@ -168,6 +170,11 @@ TEST(Lexer, AnAssignmentIsWholeOrChangesNothing) {
 
 TEST(LexerReference, GivesTheSameTokens) {
   std::vector<std::string> texts = TestFiles::AllTexts("a1 ;\xFF\x01", 4);
+  for (std::size_t run = 1; run < 20; ++run) {
+    for (const char c : {'a', '1', ' '}) {
+      texts.push_back(std::string(run, c) + '\x01' + c + ';' + std::string(run, c));
+    }
+  }
   for (int code = 0; code < 0x100; ++code) {
     const char c = static_cast<char>(code);
     for (const char before : {'a', '9', ' '}) {

@@ -77,9 +77,9 @@ TEST_F(ParserTest, ASecondCallGoesOnWithTheFirstSource) {
     bool throws = false;
   } rows[] = {
       {"a file is closed: the rest of the line", "%a", "a", "%none", " b\n"},
-      {"also for a text", "%a", "a", "y", " b\n"},
+      {"a text after it is ignored", "%a", "a", "y", " b\n"},
       {"a text is read to its end", "1 2\n3", "1", "y", " 2\n3"},
-      {"also for a file", "1 2\n3", "1", "%a", " 2\n3"},
+      {"a file after a text is ignored", "1 2\n3", "1", "%a", " 2\n3"},
       {"a file that is missing is tried again", "%none", "(no file)", "%a", "a b\nc d\n"},
       {"a missing file is told after a text, too", "1 2", "1", "%none", "(no file)"},
       {"a folder is no file", "%folder", "(no file)", "b", "b"},

@@ -54,7 +54,8 @@ void RunAll(const Row<Object, Result> (&rows)[kRows], Object (*make)(const std::
       object.emplace(make(row.before));
     });
     object.reset();
-    EXPECT_EQ(FailingNew::LiveBlocks(), blocks) << "a leak";
+    const bool leaks = FailingNew::LiveBlocks() != blocks;
+    EXPECT_FALSE(leaks && !testing::Test::HasFailure());  // a failure holds memory, too
   }
 }
 
@@ -70,7 +71,7 @@ TEST(SectionEntry, CallsOnAnEntry) {
       {"a shorter one leaves no remains", "k/long", [](E& e) { e.SetValue("s"); }, "k/s"},
       {"its own text shifts", "k/value", [](E& e) { e.SetValue(e.GetValue() + 2); }, "k/lue"},
       {"UndoComment makes it null", "k/v/c", [](E& e) { e.UndoComment(); }, "k/v"},
-      {"also a null comment", "k/v", [](E& e) { e.UndoComment(); }, "k/v"},
+      {"UndoComment of null", "k/v", [](E& e) { e.UndoComment(); }, "k/v"},
       {"assigned texts replace", "a/b/c", [](E& e) { e = Entry("k/v/d"); }, "k/v/d"},
       {"assigned nulls do not", "k/v/c", [](E& e) { e = Entry("~/w"); }, "k/w/c"},
       {"a copy has all texts", "~", [](E& e) { e = E(Entry("k/v/c")); }, "k/v/c"},
@@ -94,11 +95,10 @@ TEST(Section, CallsOnASection) {
 
 TEST(Section, AddEntryAppendsACopy) {
   static const Row<S, bool> rows[] = {
-      {"of texts", "n: k", [](S& s) { return s.AddEntry("x", nullptr, "z"); }, "n: k x/~/z",
-       "true"},
-      {"of an entry", "n: k", [](S& s) { return s.AddEntry(&x); }, "n: k x", "true"},
+      {"texts", "n: k", [](S& s) { return s.AddEntry("x", nullptr, "z"); }, "n: k x/~/z", "true"},
+      {"an entry", "n: k", [](S& s) { return s.AddEntry(&x); }, "n: k x", "true"},
       {"entries repeat", "n: k", [](S& s) { return s.AddEntry(*At(s, 0)); }, "n: k k", "true"},
-      {"but not of null", "n: k", [](S& s) { return s.AddEntry(nullptr); }, "n: k", "false"},
+      {"not null", "n: k", [](S& s) { return s.AddEntry(nullptr); }, "n: k", "false"},
   };
   RunAll(rows, Section);
 }
@@ -109,20 +109,22 @@ TEST(Section, CallsWithPositions) {
        "n: k x", "end"},
       {"insert before the first", "n: a", [](S& s) { return s.InsertEntry(&x, At(s, 0)); },
        "n: x a", "0"},
-      {"before another", "n: a b", [](S& s) { return s.InsertEntry(&x, At(s, 1)); }, "n: a x b",
+      {"insert before another", "n: a b", [](S& s) { return s.InsertEntry(&x, At(s, 1)); },
+       "n: a x b", "1"},
+      {"insert at the end", "n: a", [](S& s) { return s.InsertEntry(&x, s.EndEntry()); }, "n: a x",
        "1"},
-      {"at the end", "n: a", [](S& s) { return s.InsertEntry(&x, s.EndEntry()); }, "n: a x", "1"},
-      {"no null", "n: a", [](S& s) { return s.InsertEntry(nullptr, At(s, 0)); }, "n: a", "end"},
+      {"insert no null", "n: a", [](S& s) { return s.InsertEntry(nullptr, At(s, 0)); }, "n: a",
+       "end"},
       {"remove gives the next", "n: a b c", [](S& s) { return s.RemoveEntry(At(s, 1)); }, "n: a c",
        "1"},
-      {"or the end", "n: a b", [](S& s) { return s.RemoveEntry(At(s, 1)); }, "n: a", "end"},
-      {"at the end nothing", "n: a", [](S& s) { return s.RemoveEntry(s.EndEntry()); }, "n: a",
+      {"remove the last", "n: a b", [](S& s) { return s.RemoveEntry(At(s, 1)); }, "n: a", "end"},
+      {"remove at the end", "n: a", [](S& s) { return s.RemoveEntry(s.EndEntry()); }, "n: a",
        "end"},
-      {"the first of that content", "n: a X x", [](S& s) { return s.RemoveEntry(&x); }, "n: a x",
-       "1"},
-      {"a stored one, too", "n: k a k", [](S& s) { return s.RemoveEntry(*At(s, 2)); }, "n: a k",
+      {"remove the first equal", "n: a X x", [](S& s) { return s.RemoveEntry(&x); }, "n: a x", "1"},
+      {"remove a stored one", "n: k a k", [](S& s) { return s.RemoveEntry(*At(s, 2)); }, "n: a k",
        "0"},
-      {"none of that content", "n: x/y", [](S& s) { return s.RemoveEntry(&x); }, "n: x/y", "end"},
+      {"remove without an equal", "n: x/y", [](S& s) { return s.RemoveEntry(&x); }, "n: x/y",
+       "end"},
       {"find the first", "n: a X x", [](S& s) { return s.FindEntry(&x); }, "n: a X x", "1"},
       {"find none", "n:", [](S& s) { return s.FindEntry(&x); }, "n:", "end"},
       {"find no null", "n: a", [](S& s) { return s.FindEntry(nullptr); }, "n: a", "end"},

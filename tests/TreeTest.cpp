@@ -68,17 +68,18 @@ TEST(Tree, CallsOnATree) {
   } rows[] = {
       {"a child is appended", [](Fixture& f) { f.root->AddChild(Section("z: y")); },
        "r: k/v(a: x(b:() c:(d:())) e:() z: y())", kTarget},
-      {"with the node's own section", [](Fixture& f) { f.root->AddChild(*f.root->GetData()); },
+      {"a child with the node's own section",
+       [](Fixture& f) { f.root->AddChild(*f.root->GetData()); },
        "r: k/v(a: x(b:() c:(d:())) e:() r: k/v())", kTarget},
-      {"below a leaf", [](Fixture& f) { f.leaf->AddChild("z"); },
+      {"a child below a leaf", [](Fixture& f) { f.leaf->AddChild("z"); },
        "r: k/v(a: x(b:(z:()) c:(d:())) e:())", kTarget},
       {"an assignment copies all", [](Fixture& f) { f.target = f.tree; }, kTree,
        "r: old k/v(a: x(b:() c:(d:())) e:())"},
-      {"that of the base too",
+      {"the base's assignment, too",
        [](Fixture& f) { static_cast<Tree<ZelSection>&>(f.target) = f.tree; }, kTree,
        "r: old k/v(a: x(b:() c:(d:())) e:())"},
-      {"one of an empty tree leaves no nodes", [](Fixture& f) { f.target = ZelSectionHolder(); },
-       kTree, "t: old()"},
+      {"an empty tree leaves no nodes", [](Fixture& f) { f.target = ZelSectionHolder(); }, kTree,
+       "t: old()"},
       {"a copy is one level deep", [](Fixture& f) { f.target = ZelSectionHolder(f.tree); }, kTree,
        "r: old k/v(a: x() e:())"},
       {"an assignment to itself changes nothing", [](Fixture& f) { f.tree = *&f.tree; }, kTree,
@@ -99,7 +100,8 @@ TEST(Tree, CallsOnATree) {
                                     fixture.emplace();
                                   });
     fixture.reset();
-    EXPECT_EQ(FailingNew::LiveBlocks(), blocks) << "a leak";
+    const bool leaks = FailingNew::LiveBlocks() != blocks;
+    EXPECT_FALSE(leaks && !HasFailure());  // a failure holds memory, too
   }
 }
 
