@@ -87,7 +87,6 @@ void CopyExtendedAttributes(const std::string& from, int to) {
       Whole([&](char* room, size_t size) { return ::listxattr(from.c_str(), room, size); }, from);
   const std::string inherited =
       Whole([&](char* room, size_t size) { return ::flistxattr(to, room, size); }, from);
-  const std::string_view oldNames(old);
   for (size_t at = 0; at < inherited.size(); at += std::string_view(&inherited[at]).size() + 1) {
     const std::string name(&inherited[at]);
     if (('\0' + old).find('\0' + name + '\0') == std::string::npos)

@@ -37,18 +37,24 @@ whole() { # the file is one that was saved: nothing but the number has changed
 unchanged() { cmp -s file <(original) || fail "$1: the file has changed"; }
 
 # Kills $2 processes that save in a loop (the program with the option $1), each after a time of its
-# own. Prints how many left a damaged file, how many died inside a save, how many had saved.
+# own: as long as it takes to start and save once, and up to 15 ms more. Prints how many left a damaged
+# file, how many died inside a save, how many had saved.
 kill_savers() {
-  local damaged=0 inside=0 before moved=0 values pid pause=0.0
-  ! $windows || pause=0.5 # Wine takes its time to start a program
+  local damaged=0 inside=0 before moved=0 values pid start pause after
   values=$(seq 1 2000)
+  original >file
+  start=$(date +%s%N)
+  # shellcheck disable=SC2086
+  run $1 file counter 1 >/dev/null
+  pause=$(($(date +%s%N) - start))
   original >file
   for ((n = 0; n < $2; ++n)); do
     before=$(counter)
     # shellcheck disable=SC2086
     "${program[@]}" $1 file counter $values >/dev/null & # not the function: its process would be another
     pid=$!
-    sleep "$pause$(printf '%02d' $((n % 16)))"
+    after=$((pause + n % 16 * 1000000))
+    sleep "$(printf '%d.%09d' $((after / 1000000000)) $((after % 1000000000)))"
     kill -KILL "$pid"
     wait "$pid" 2>/dev/null || true
     if [ -n "$(leftovers)" ]; then inside=$((inside + 1)); rm -f .*.safe-save~; fi
