@@ -411,7 +411,7 @@ bool IsRefusal(const std::string& outcome) {
 }
 
 /// Lets each system call of `work` fail once, for each of many reasons. What comes of it is whole,
-/// as `isWhole` tells, or refused, or the bytes in front of a read that failed. Gives the first run
+/// as `isWhole` tells, or refused, or the bytes before a read that failed. Gives the first run
 /// that is none of these, and prints how often each came up.
 std::string LostInSilence(const char* name, const std::function<std::string()>& work,
                           const std::function<bool(const std::string&)>& isWhole) {

@@ -2,6 +2,7 @@
 #include "StreamIterator.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <exception>
@@ -58,10 +59,15 @@ bool FileIterator::Buffer::TakeLine(std::string& line) {
   return true;
 }
 
-// False at the end of the file, and where it cannot be read: some runtimes throw there.
+// False at the end of the file, and where it cannot be read: some runtimes throw there, and some
+// take an interruption for the end.
 bool FileIterator::Buffer::Fill() {
   try {
-    return underflow() != traits_type::eof();
+    do {
+      errno = 0;
+      if (underflow() != traits_type::eof()) return true;
+    } while (errno == EINTR);
+    return false;
   } catch (const std::ios_base::failure&) {
     return false;
   }
