@@ -28,7 +28,7 @@ bool PathCheck::Check(bool create) {
     --slash;
   } while (!IsSlash(text_[slash]));
 
-  // Behind a drive's colon the slash stays: "C:" alone would be another directory.
+  // After a drive's colon the slash stays: "C:" alone would be another directory.
   const bool isDriveRoot = text_[slash - 1] == ':';
   text_[isDriveRoot ? slash + 1 : slash] = '\0';
   if (Platform::IsDirectory(text_.get())) return true;

@@ -5,15 +5,6 @@
 
 namespace Configuration::LineText {
 
-std::size_t FirstLineLength(std::string_view text) {
-  const std::string_view reach = text.substr(0, kLongestLineBytes);
-  const void* end = std::memchr(reach.data(), '\n', reach.size());
-  if (end != nullptr) {
-    return static_cast<std::size_t>(static_cast<const char*>(end) - reach.data()) + 1;
-  }
-  return reach.size() == kLongestLineBytes ? kLongestLineBytes : 0;
-}
-
 bool Split(const char* text, ConfigLineList& lines) {
   while (const char* end = std::strchr(text, '\n')) {
     const std::string_view line(text, static_cast<std::size_t>(end - text) + 1);

@@ -3,6 +3,7 @@
 #define ZELCONFUTILS_LINES_LINE_TEXT_H
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 #include "config/lines/ConfigLineList.h"
@@ -15,7 +16,14 @@ constexpr std::size_t kLongestLineBytes = 1023;
 
 /// The length of the first line in `text`: up to and with its line feed, or all that fits a line.
 /// 0 when `text` ends before either.
-std::size_t FirstLineLength(std::string_view text);
+inline std::size_t FirstLineLength(std::string_view text) {  // for the loop over a whole file
+  const std::string_view reach = text.substr(0, kLongestLineBytes);
+  const void* end = std::memchr(reach.data(), '\n', reach.size());
+  if (end != nullptr) {
+    return static_cast<std::size_t>(static_cast<const char*>(end) - reach.data()) + 1;
+  }
+  return reach.size() == kLongestLineBytes ? kLongestLineBytes : 0;
+}
 
 /// Appends the lines of `text` to `lines`. Bytes after the last line feed are dropped. False at
 /// a line that is too long; the lines before it are kept.
