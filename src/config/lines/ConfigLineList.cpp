@@ -115,16 +115,16 @@ bool ConfigLineList::WriteInBlocks(const Platform::File& file) const {
   char block[kWriteBlockBytes];
   std::size_t used = 0;
   for (const ConfigLine& line : lines_) {
-    std::string_view rest = line.View();
+    std::size_t taken = 0;
     // Whole blocks, so that each but the last covers whole pages of the file.
-    for (std::size_t room = sizeof block - used; rest.size() > room; room = sizeof block) {
-      std::memcpy(block + sizeof block - room, rest.data(), room);
+    for (; line.length - taken > sizeof block - used; used = 0) {
+      const std::size_t room = sizeof block - used;
+      std::memcpy(block + used, line.text + taken, room);
       if (!Platform::WriteBytes(file, block, sizeof block)) return false;
-      rest.remove_prefix(room);
-      used = 0;
+      taken += room;
     }
-    std::memcpy(block + used, rest.data(), rest.size());
-    used += rest.size();
+    std::memcpy(block + used, line.text + taken, line.length - taken);
+    used += line.length - taken;
   }
   return Platform::WriteBytes(file, block, used);
 }
