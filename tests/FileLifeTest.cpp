@@ -223,7 +223,7 @@ TEST(ConfigLineList, LineHasRoomFor33BytesAndOnceMovedFor32) {
     lines.ShrinkLine(line, row.shrink, true);
     EXPECT_EQ(line->text[line->length] == '\0' || row.shrink == 0, true);
     EXPECT_EQ(lines.GrowLine(line, row.grow), row.moves);
-    EXPECT_EQ(line->capacity, row.capacity);
+    EXPECT_EQ(line->Capacity(), row.capacity);
     EXPECT_EQ(lines.totalLength, line->length);
   }
 }

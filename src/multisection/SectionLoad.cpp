@@ -26,6 +26,7 @@ bool HasOwner(ConfigLinePosition line, ConfigSectionList& sections, ConfigEntryL
 bool LoadSections(ConfigLineList& lines, const SectionSyntax::SectionTokens& tokens,
                   ConfigSectionList& sections, ConfigEntryList& entries) {
   const std::size_t separatorLength = tokens.separator.size();
+  entries.Expect(lines.Lines().Count() / 4 * 3);  // for the sections too: they share a pool
   ConfigSection* open = nullptr;
   ConfigLinePosition before;  // the line before the current one; unset at the first
   for (ConfigLinePosition line = lines.First(); line.IsAtElement(); line.StepForward()) {

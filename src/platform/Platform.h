@@ -80,9 +80,11 @@ bool IsDirectory(const char* path);
 
 constexpr std::size_t kLargePageBytes = std::size_t{1} << 21;  // on x86-64 and most ARM
 
-/// Asks the system to back what lies in whole large pages of a block of memory with such pages. A
-/// hint, with no effect where the system has none.
-void PreferLargePages(void* block, std::size_t bytes);
+/// Has the system provide the memory of a block that is about to be written as a whole: one call
+/// instead of a fault at the first touch of each page. In large pages if `large` is true, but no
+/// longer than these come fast. The result: whether the next block should ask for them. A hint,
+/// with no effect where the system has none.
+bool ProvidePages(void* block, std::size_t bytes, bool large);
 
 }  // namespace zelconfutils::Platform
 

@@ -121,6 +121,6 @@ bool IsDirectory(const char* path) {
 }
 
 // Large pages take a right here that few users have.
-void PreferLargePages(void*, std::size_t) {}
+bool ProvidePages(void*, std::size_t, bool large) { return large; }
 
 }  // namespace zelconfutils::Platform

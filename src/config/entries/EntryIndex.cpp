@@ -16,6 +16,7 @@ void Append(ConfigEntryList& entries, ConfigLinePosition line, std::size_t separ
 void AppendAll(ConfigEntryList& entries, ConfigLineList& lines, std::string_view separator,
                std::string_view comment) {
   LinkedList<ConfigLine>& list = lines.Lines();
+  entries.Expect(list.Count() / 4 * 3);  // the other lines are comments and blanks
   for (auto line = list.begin(); line != list.end(); ++line) {
     const std::string_view text = (*line).View();
     if (EntrySyntax::IsComment(text, comment)) continue;

@@ -59,6 +59,29 @@ class LockedFile {
   Platform::File file_;
 };
 
+std::size_t CountLineFeeds(std::string_view text) {
+  constexpr std::size_t kPieceBytes = 128;  // whose count fits one byte: 16 are counted at a time
+  std::size_t count = 0;
+  while (!text.empty()) {
+    const std::string_view piece = text.substr(0, kPieceBytes);
+    unsigned char inPiece = 0;
+    for (const char c : piece) inPiece = static_cast<unsigned char>(inPiece + (c == '\n'));
+    count += inPiece;
+    text.remove_prefix(piece.size());
+  }
+  return count;
+}
+
+// Tells how many lines come, when the first block of a file is there: all of a small file's, or as
+// many as go by those of the block.
+void ExpectLines(ConfigLineList& lines, std::string_view block, std::size_t fileLength) {
+  if (block.empty()) return;
+  const std::size_t fileBytes = std::max(fileLength, block.size());
+  const double share = static_cast<double>(fileBytes) / static_cast<double>(block.size());
+  const double lineCount = static_cast<double>(CountLineFeeds(block) + 1) * share;
+  lines.Expect(static_cast<std::size_t>(lineCount), fileBytes);
+}
+
 // Reads in blocks; an unfinished line moves to the front of the next one.
 void ReadLines(const LockedFile& file, ConfigLineList& lines) {
   // One byte more than the file, so that a small one is read whole and its end is seen at once.
@@ -76,6 +99,7 @@ void ReadLines(const LockedFile& file, ConfigLineList& lines) {
     // A short count alone may be a pipe's, or an interruption's.
     atEnd = got == 0 || (got < wanted && total == file.Length());
     std::string_view unread(block.get(), kept + got);
+    if (total == got) ExpectLines(lines, unread, file.Length());
     for (std::size_t n = LineText::FirstLineLength(unread); n != 0;
          n = LineText::FirstLineLength(unread)) {
       lines.AddLine(unread.substr(0, n), true);

@@ -19,29 +19,25 @@ constexpr std::size_t kWriteBlockBytes = 16384;
 }  // namespace
 
 void ConfigLine::Assign(TextPool& pool, std::string_view newText) {
-  const std::size_t newCapacity = newText.size() + kNewLineSlack;
-  char* block = pool.Take(newCapacity + 1);
-  if (text != nullptr) pool.Give(text, capacity + 1);
+  char* block = pool.Take(newText.size() + kNewLineSlack);
+  if (text != nullptr) pool.Give(text);
   text = block;
   length = newText.size();
-  capacity = newCapacity;
   std::memcpy(text, newText.data(), length);
   text[length] = '\0';
 }
 
 bool ConfigLine::Grow(TextPool& pool, std::size_t n) {
   const std::size_t newLength = length + n;
-  if (newLength <= capacity) {
+  if (newLength <= Capacity()) {
     length = newLength;
     return false;
   }
-  const std::size_t newCapacity = newLength + kGrownLineSlack;
-  char* block = pool.Take(newCapacity + 1);
+  char* block = pool.Take(newLength + kGrownLineSlack);
   std::memcpy(block, text, length);
   block[length] = '\0';
-  pool.Give(std::exchange(text, block), capacity + 1);
+  pool.Give(std::exchange(text, block));
   length = newLength;
-  capacity = newCapacity;
   return true;
 }
 
@@ -49,6 +45,11 @@ void ConfigLineList::InheritSaveBuffer(ConfigLineList& former) noexcept {
   saveCapacity = former.saveCapacity;
   saveGrowth = former.saveGrowth;
   saveBuffer = std::move(former.saveBuffer);
+}
+
+void ConfigLineList::Expect(std::size_t lineCount, std::size_t bytes) {
+  lines_.Expect(lineCount);
+  texts_.Expect(lineCount, bytes + lineCount * kNewLineSlack);
 }
 
 void ConfigLineList::AddLine(std::string_view text, bool atEnd) {
@@ -96,7 +97,7 @@ void ConfigLineList::ShrinkLine(ConfigLinePosition position, std::size_t n, bool
 
 ConfigLinePosition ConfigLineList::EraseLine(ConfigLinePosition position) noexcept {
   totalLength -= position->length;
-  texts_.Give(position->text, position->capacity + 1);
+  texts_.Give(position->text);
   return lines_.Erase(position);
 }
 
@@ -155,7 +156,9 @@ bool ConfigLineList::ProvideSaveBuffer() {
   }
   saveBuffer.reset(new (std::nothrow) char[saveCapacity]);
   if (saveBuffer == nullptr) return false;
-  Platform::PreferLargePages(saveBuffer.get(), saveCapacity);
+  if (saveCapacity > kFirstSaveBufferBytes) {
+    Platform::ProvidePages(saveBuffer.get(), saveCapacity, true);
+  }
   return true;
 }
 

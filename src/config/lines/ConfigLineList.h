@@ -29,10 +29,12 @@ constexpr std::size_t kSaveBufferSlack = 1025;
 /// another. A NUL byte is a byte like any other; one more stands after the text.
 struct ConfigLine {
   char* text = nullptr;
-  std::size_t length = 0;    ///< bytes before the terminator
-  std::size_t capacity = 0;  ///< the longest text that the block holds before its terminator
+  std::size_t length = 0;  ///< bytes before the terminator
 
   std::string_view View() const { return {text, length}; }
+
+  /// The longest text that the block holds before its terminator.
+  std::size_t Capacity() const { return TextPool::Capacity(text); }
 
   /// Replaces the text. `newText` must not lie in the line's own block.
   void Assign(TextPool& pool, std::string_view newText);
@@ -51,6 +53,10 @@ class ConfigLineList {
 
   /// Takes over the save buffer of a list that this one is about to replace.
   void InheritSaveBuffer(ConfigLineList& former) noexcept;
+
+  /// So many lines with so many bytes in all are going to be added, about: they take their memory
+  /// in few pieces that fit.
+  void Expect(std::size_t lineCount, std::size_t bytes);
 
   /// Adds a line with a copy of `text` after the last line or before the first.
   void AddLine(std::string_view text, bool atEnd);

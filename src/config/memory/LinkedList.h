@@ -12,10 +12,14 @@
 
 namespace Configuration {
 
+/// The neighbours of a place in a list: of a node, or of the list's end, which alone has no next.
+struct LinkedListLink {
+  LinkedListLink* previous;
+  LinkedListLink* next;
+};
+
 template <class Element>
-struct LinkedListNode {
-  LinkedListNode* previous;
-  LinkedListNode* next;
+struct LinkedListNode : LinkedListLink {
   union {
     Element element;  // made and destroyed by the list; a node in the pool holds none
   };
@@ -24,25 +28,28 @@ struct LinkedListNode {
   ~LinkedListNode() {}  // NOLINT: likewise
 };
 
-/// Storage for nodes, cut from slabs. Nodes that are made one after the other lie one behind the
-/// other, so that a walk in list order streams through memory. A node that is given back is used
-/// again before a slab is touched; the slabs go with the pool, or with `Reset`.
+/// Storage for nodes, in slabs. Nodes that are made one after the other lie side by side, so that
+/// a walk in list order streams through memory. A node that is given back is used again before a
+/// slab is touched; the slabs go with the pool, or with `Reset`.
 template <class Node>
 class NodePool {
  public:
-  /// Sees to it that the next `Take` does not throw. May throw `std::bad_alloc`.
+  /// So many nodes are going to be taken from now on, about.
+  void Expect(std::size_t nodes) { slabs_.Expect(nodes * sizeof(Node)); }
+
+  /// Ensures that the next `Take` does not throw. May throw `std::bad_alloc`.
   void Reserve() {
     if (free_ != nullptr || unused_ != unusedEnd_) return;
     const SlabChain::Room room = slabs_.Add();
     unused_ = reinterpret_cast<Node*>(room.begin);
-    unusedEnd_ = unused_ + static_cast<std::size_t>(room.end - room.begin) / sizeof(Node);
+    unusedEnd_ = unused_ + room.Bytes() / sizeof(Node);
   }
 
   /// A node without an element. May throw `std::bad_alloc`.
   Node* Take() {
     Reserve();
     if (free_ == nullptr) return new (unused_++) Node;
-    return std::exchange(free_, free_->next);
+    return std::exchange(free_, static_cast<Node*>(free_->next));
   }
 
   /// Takes back the nodes linked from `first` to `last`, their elements destroyed.
@@ -75,17 +82,17 @@ class LinkedListPosition {
  public:
   LinkedListPosition() = default;
 
-  bool IsUnset() const { return list_ == nullptr; }
-  bool IsEnd() const { return list_ != nullptr && node_ == nullptr; }
-  bool IsAtElement() const { return node_ != nullptr; }
+  bool IsUnset() const { return link_ == nullptr; }
+  bool IsEnd() const { return link_ != nullptr && link_->next == nullptr; }
+  bool IsAtElement() const { return link_ != nullptr && link_->next != nullptr; }
 
-  Element& operator*() const { return node_->element; }
-  Element* operator->() const { return &node_->element; }
+  Element& operator*() const { return static_cast<Node*>(link_)->element; }
+  Element* operator->() const { return &**this; }
 
   /// From an element to the next one, or to end.
-  void StepForward() { node_ = node_->next; }
-  /// To the element in front; from end to the last. There must be one.
-  void StepBack() { node_ = node_ != nullptr ? node_->previous : list_->last_; }
+  void StepForward() { link_ = link_->next; }
+  /// To the element before; from end to the last. There must be one.
+  void StepBack() { link_ = link_->previous; }
 
   LinkedListPosition Next() const {
     LinkedListPosition next = *this;
@@ -98,10 +105,9 @@ class LinkedListPosition {
  private:
   friend class LinkedList<Element>;
   using Node = LinkedListNode<Element>;
-  LinkedListPosition(LinkedList<Element>* list, Node* node) : list_(list), node_(node) {}
+  explicit LinkedListPosition(LinkedListLink* link) : link_(link) {}
 
-  LinkedList<Element>* list_ = nullptr;
-  Node* node_ = nullptr;
+  LinkedListLink* link_ = nullptr;
 };
 
 /// A doubly linked list with its count, on nodes from a pool that several lists may share.
@@ -115,17 +121,17 @@ class LinkedList {
   /// Forward iteration for whole passes; `Position` is what is kept.
   class Iterator {
    public:
-    explicit Iterator(Node* node) : node_(node) {}
-    Element& operator*() const { return node_->element; }
+    explicit Iterator(LinkedListLink* link) : link_(link) {}
+    Element& operator*() const { return static_cast<Node*>(link_)->element; }
     Iterator& operator++() {
-      node_ = node_->next;
+      link_ = link_->next;
       return *this;
     }
     bool operator==(const Iterator&) const = default;
 
    private:
     friend class LinkedList;
-    Node* node_;
+    LinkedListLink* link_;
   };
 
   LinkedList() : LinkedList(std::make_shared<Pool>()) {}
@@ -134,24 +140,27 @@ class LinkedList {
   LinkedList& operator=(const LinkedList&) = delete;
   ~LinkedList() {
     DestroyElements();
-    if (first_ != nullptr && pool_.use_count() > 1) pool_->Give(first_, last_);
+    if (pool_.use_count() > 1) GiveNodes();
   }
 
   std::size_t Count() const { return count_; }
   bool IsEmpty() const { return count_ == 0; }
   Iterator begin() const { return Iterator(first_); }
-  Iterator end() const { return Iterator(nullptr); }
+  Iterator end() const { return Iterator(&end_); }
   const std::shared_ptr<Pool>& GetPool() const { return pool_; }
 
-  Position First() { return {this, first_}; }
-  Position Last() { return {this, last_}; }
-  Position End() { return {this, nullptr}; }
-  Position PositionOf(Iterator iterator) { return {this, iterator.node_}; }
+  Position First() { return Position(first_); }
+  Position Last() { return Position(IsEmpty() ? &end_ : end_.previous); }
+  Position End() { return Position(&end_); }
+  Position PositionOf(Iterator iterator) { return Position(iterator.link_); }
 
-  /// Sees to it that the next insertion does not throw for want of a node.
+  /// So many elements are going to be inserted from now on, about.
+  void Expect(std::size_t elements) { pool_->Expect(elements); }
+
+  /// Ensures that the next insertion does not throw for want of a node.
   void Reserve() { pool_->Reserve(); }
 
-  /// Makes an element in front of `position`, which may be end. Throws `std::bad_alloc`, and then
+  /// Makes an element before `position`, which may be end. Throws `std::bad_alloc`, and then
   /// nothing has changed.
   template <class... Arguments>
   Position Insert(Position position, Arguments&&... arguments) {
@@ -162,12 +171,13 @@ class LinkedList {
       pool_->Give(node, node);
       throw;
     }
-    node->next = position.node_;
-    node->previous = node->next != nullptr ? node->next->previous : last_;
+    LinkedListLink* const next = position.link_;
+    node->next = next;
+    node->previous = next->previous;
     (node->previous != nullptr ? node->previous->next : first_) = node;
-    (node->next != nullptr ? node->next->previous : last_) = node;
+    next->previous = node;
     ++count_;
-    return {this, node};
+    return Position(node);
   }
 
   template <class... Arguments>
@@ -179,47 +189,57 @@ class LinkedList {
   /// were taken from `other` are void.
   void TakeAll(LinkedList& other) noexcept {
     if (other.IsEmpty()) return;
-    other.first_->previous = last_;
-    (last_ != nullptr ? last_->next : first_) = std::exchange(other.first_, nullptr);
-    last_ = std::exchange(other.last_, nullptr);
-    count_ += std::exchange(other.count_, 0);
+    other.first_->previous = end_.previous;
+    (end_.previous != nullptr ? end_.previous->next : first_) = other.first_;
+    end_.previous = other.end_.previous;
+    end_.previous->next = &end_;
+    count_ += other.count_;
+    other.Forget();
   }
 
-  /// Removes the element at `position`; the result is the position behind it.
+  /// Removes the element at `position`; the result is the position after it.
   Position Erase(Position position) noexcept {
-    Node* node = position.node_;
-    Node* behind = node->next;
-    (node->previous != nullptr ? node->previous->next : first_) = behind;
-    (behind != nullptr ? behind->previous : last_) = node->previous;
+    Node* const node = static_cast<Node*>(position.link_);
+    LinkedListLink* const next = node->next;
+    (node->previous != nullptr ? node->previous->next : first_) = next;
+    next->previous = node->previous;
     --count_;
     node->element.~Element();
     pool_->Give(node, node);
-    return {this, behind};
+    return Position(next);
   }
 
   void Clear() noexcept {
     DestroyElements();
     if (pool_.use_count() == 1) {
       pool_->Reset();
-    } else if (first_ != nullptr) {
-      pool_->Give(first_, last_);
+    } else {
+      GiveNodes();
     }
-    first_ = last_ = nullptr;
-    count_ = 0;
+    Forget();
   }
 
  private:
-  friend class LinkedListPosition<Element>;
-
   void DestroyElements() noexcept {
     if constexpr (!std::is_trivially_destructible_v<Element>) {
       for (Element& element : *this) element.~Element();
     }
   }
 
+  void GiveNodes() noexcept {
+    if (count_ != 0) pool_->Give(static_cast<Node*>(first_), static_cast<Node*>(end_.previous));
+  }
+
+  // The nodes are somebody else's now.
+  void Forget() noexcept {
+    first_ = &end_;
+    end_.previous = nullptr;
+    count_ = 0;
+  }
+
   std::shared_ptr<Pool> pool_;
-  Node* first_ = nullptr;
-  Node* last_ = nullptr;
+  mutable LinkedListLink end_{nullptr, nullptr};  // its `previous` is the last node
+  LinkedListLink* first_ = &end_;
   std::size_t count_ = 0;
 };
 

@@ -7,8 +7,9 @@
 
 namespace Configuration {
 
-/// The memory of a pool: slabs that double from a few hundred bytes, so that a small object stays
-/// small, to one large page of the system. All are released together.
+/// The memory of a pool: slabs that are released together. What is expected comes in as few slabs
+/// as can be; beyond that each slab adds a quarter to what there is, so that an object of any size
+/// has little memory that it does not use.
 class SlabChain {
  public:
   SlabChain() = default;
@@ -19,7 +20,12 @@ class SlabChain {
   struct Room {
     char* begin;  ///< aligned for any object of usual alignment
     char* end;
+
+    std::size_t Bytes() const { return static_cast<std::size_t>(end - begin); }
   };
+
+  /// So many bytes are going to be needed from now on, about. Takes no memory yet.
+  void Expect(std::size_t bytes) { expectedBytes_ = bytes; }
 
   /// Adds a slab of some hundred bytes or more. Throws `std::bad_alloc`.
   Room Add();
@@ -32,10 +38,10 @@ class SlabChain {
     std::size_t bytes;
   };
 
-  static constexpr std::size_t kFirstBytes = 512;
-
   Slab* last_ = nullptr;
-  std::size_t nextBytes_ = kFirstBytes;
+  std::size_t totalBytes_ = 0;
+  std::size_t expectedBytes_ = 0;
+  bool largePages_ = true;
 };
 
 }  // namespace Configuration

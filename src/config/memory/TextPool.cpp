@@ -3,23 +3,37 @@
 
 #include <new>
 
+#include "config/memory/Poison.h"
+
 namespace Configuration {
 
-char* TextPool::Take(std::size_t bytes) {
-  if (bytes > kLongestPooled) return TakeLong(bytes);
-  const std::size_t sizeClass = (bytes - 1) / kGranule;
-  FreeBlock*& free = freeBySize_[sizeClass];
-  if (free == nullptr) return TakeFromSlab((sizeClass + 1) * kGranule);
-  return reinterpret_cast<char*>(std::exchange(free, free->next));
+void TextPool::Expect(std::size_t texts, std::size_t capacities) {
+  constexpr std::size_t kRounding = kGranule / 2;  // of a block, on average
+  constexpr std::size_t kScatter = 64;             // of all roundings in a small file
+  const std::size_t perText = kAroundText + kRounding + Poison::kGapBytes;
+  slabs_.Expect(capacities + texts * perText + kScatter);
 }
 
-void TextPool::Give(char* block, std::size_t bytes) noexcept {
-  if (bytes <= kLongestPooled) {
-    FreeBlock*& free = freeBySize_[(bytes - 1) / kGranule];
-    free = new (block) FreeBlock{free};
+char* TextPool::Take(std::size_t capacity) {
+  if (capacity > kLongestUsual) return TakeLong(capacity);
+  const std::size_t sizeClass = SizeClass(capacity);
+  char* block = TakeBlock(sizeClass);
+  const std::size_t used = capacity + kAroundText;
+  Poison::Forbid(block + used, BlockBytes(sizeClass) - used);
+  *block = static_cast<char>(capacity);
+  return block + 1;
+}
+
+void TextPool::Give(char* text) noexcept {
+  const std::size_t capacity = Capacity(text);
+  if (capacity <= kLongestUsual) {
+    const std::size_t sizeClass = SizeClass(capacity);
+    FreeBlock*& free = freeBySize_[sizeClass];
+    free = new (text - 1) FreeBlock{free};
+    Poison::Forbid(free, BlockBytes(sizeClass));
     return;
   }
-  LongBlock* header = reinterpret_cast<LongBlock*>(block) - 1;
+  LongBlock* header = HeaderOfLong(text);
   (header->previous != nullptr ? header->previous->next : longBlocks_) = header->next;
   if (header->next != nullptr) header->next->previous = header->previous;
   ::operator delete(header);
@@ -32,18 +46,36 @@ void TextPool::Reset() noexcept {
   freeBySize_.fill(nullptr);
 }
 
-char* TextPool::TakeFromSlab(std::size_t bytes) {
-  if (bytes > static_cast<std::size_t>(unused_.end - unused_.begin)) {
-    unused_ = slabs_.Add();  // what is left of the slab, under one block, is given up
-  }
-  return std::exchange(unused_.begin, unused_.begin + bytes);
+TextPool::LongBlock* TextPool::HeaderOfLong(const char* text) {
+  return reinterpret_cast<LongBlock*>(const_cast<char*>(text - 1)) - 1;
 }
 
-char* TextPool::TakeLong(std::size_t bytes) {
-  auto* header = new (::operator new(sizeof(LongBlock) + bytes)) LongBlock{nullptr, longBlocks_};
+char* TextPool::TakeBlock(std::size_t sizeClass) {
+  const std::size_t bytes = BlockBytes(sizeClass);
+  FreeBlock*& free = freeBySize_[sizeClass];
+  if (free != nullptr) {
+    char* block = reinterpret_cast<char*>(free);
+    Poison::Permit(block, bytes);
+    free = free->next;
+    return block;
+  }
+  if (bytes + Poison::kGapBytes > unused_.Bytes()) {
+    unused_ = slabs_.Add();  // what is left of the slab, under one block, is given up
+    Poison::Forbid(unused_.begin, unused_.Bytes());
+  }
+  char* block = std::exchange(unused_.begin, unused_.begin + bytes + Poison::kGapBytes);
+  Poison::Permit(block, bytes);
+  return block;
+}
+
+char* TextPool::TakeLong(std::size_t capacity) {
+  const std::size_t bytes = sizeof(LongBlock) + capacity + kAroundText;
+  auto* header = new (::operator new(bytes)) LongBlock{nullptr, longBlocks_, capacity};
   if (longBlocks_ != nullptr) longBlocks_->previous = header;
   longBlocks_ = header;
-  return reinterpret_cast<char*>(header + 1);
+  char* block = reinterpret_cast<char*>(header + 1);
+  *block = 0;
+  return block + 1;
 }
 
 }  // namespace Configuration
