@@ -29,18 +29,27 @@ struct Sizes {
   std::size_t sections;
   std::size_t csvMegabytes;
   std::size_t tokenMegabytes;
-  int rounds;               // behind one that only warms up
+  int rounds;               // after one that only warms up
   std::size_t warmedBytes;  // the most that a contender needs, about
+  unsigned restMilliseconds;
 };
-constexpr Sizes kFull = {1000000, 20000, 100, 50, 5, std::size_t{500} << 20};
-constexpr Sizes kQuick = {100000, 2000, 10, 5, 3, std::size_t{50} << 20};
+constexpr Sizes kFull = {1000000, 20000, 100, 50, 5, std::size_t{500} << 20, 5000};
+constexpr Sizes kQuick = {100000, 2000, 10, 5, 3, std::size_t{50} << 20, 500};
+
+// How often the work is done in one process, and by how many processes.
+struct Repetition {
+  const char* copies;   // objects alive at once
+  const char* repeats;  // times in a row
+  int rounds;           // for one of the large data: short runs scatter more
+};
+constexpr Repetition kOnce = {"1", "1", 1};
+constexpr Repetition kDropped = {"4", "100", 4};  // the memory of one serves the next
+constexpr Repetition kKept = {"200", "1", 4};     // each needs memory that nothing has used yet
+constexpr Repetition kSmallCsv = {"1", "200", 4};
 
 constexpr int kSmallLines = 100;
-constexpr int kSmallRounds = 4;              // for one of the large data: short runs scatter more
-constexpr const char* kSmallCopies = "10";   // objects alive at once
-constexpr const char* kSmallRepeats = "50";  // times in a row
 constexpr std::size_t kSmallCsvBytes = 15000;
-constexpr const char* kSmallCsvRepeats = "200";
+constexpr int kFirstUses = 20;  // programs for one figure
 
 // A folder for the data, gone with this object.
 class Folder {
@@ -169,16 +178,17 @@ struct KeyFileScenario {
   std::string iniFile;  // for the others
   std::string probes;
   KeyFileTotals totals;
-  std::size_t lines;
-  bool small;
+  Repetition repetition;
   std::vector<Contender> contenders;
+  std::size_t lines = 0;  // where the memory is told for each of them
+  bool cold = false;      // after a rest, on memory that nothing has warmed
 };
 
 struct StreamScenario {
   std::string title;
   std::string file;
   StreamTotals totals;
-  bool small;
+  Repetition repetition;
   std::vector<Contender> contenders;
 };
 
@@ -196,7 +206,7 @@ class Comparison {
 
   void KeyFiles(const KeyFileScenario& scenario) {
     items.clear();
-    const int rounds = scenario.small ? kSmallRounds * sizes.rounds : sizes.rounds;
+    const int rounds = scenario.repetition.rounds * sizes.rounds;
     for (int round = 0; round <= rounds; ++round) {
       for (const Contender& contender : scenario.contenders) {
         if (!Installed(contender)) continue;
@@ -204,6 +214,8 @@ class Comparison {
         for (std::string steps; std::getline(processes, steps, '|');) {
           if (steps == "sed" || steps == "git") {
             RunTool(scenario, contender, steps, round);
+          } else if (steps == "first") {
+            RunFirstUses(scenario, contender, round);
           } else {
             RunSteps(scenario, contender, steps, round);
           }
@@ -214,21 +226,21 @@ class Comparison {
       // Only the library knows two ways to save.
       const std::string others = step == std::string("save1") ? "save" : step;
       AddRow(step, scenario.title + ": " + label, others);
-      if (step == std::string("load") && !scenario.small) rows.back().lines = scenario.lines;
+      if (step == std::string("load") && !rows.empty()) rows.back().lines = scenario.lines;
     }
   }
 
   void Streams(const StreamScenario& scenario) {
     items.clear();
-    const int rounds = scenario.small ? kSmallRounds * sizes.rounds : sizes.rounds;
+    const int rounds = scenario.repetition.rounds * sizes.rounds;
     for (int round = 0; round <= rounds; ++round) {
       for (const Contender& contender : scenario.contenders) {
         if (!Installed(contender)) continue;
         Arguments arguments = {programs + "/" + contender.program, scenario.file,
-                               scenario.small ? kSmallCsvRepeats : "1"};
+                               scenario.repetition.repeats};
         std::istringstream words(contender.steps);
         for (std::string step; words >> step;) arguments.push_back(step);
-        if (!scenario.small) WarmMemory(sizes.warmedBytes);
+        if (scenario.repetition.rounds == 1) WarmMemory(sizes.warmedBytes);
         TakeStream(Run(arguments).output, scenario, contender.name, round);
       }
     }
@@ -250,7 +262,8 @@ class Comparison {
       {"save1", "save in one call"},
       {"edit", "edit + save"},
       {"job", "load + edit + save + release"},
-      {"release", "release"}};
+      {"release", "release"},
+      {"first", "a program that starts, loads, reads a value and ends"}};
 
   bool Installed(const Contender& contender) const {
     if (*contender.program == '\0') return true;
@@ -269,15 +282,36 @@ class Comparison {
                            file,
                            target,
                            scenario.probes,
-                           scenario.small ? kSmallCopies : "1",
-                           scenario.small ? kSmallRepeats : "1"};
+                           scenario.repetition.copies,
+                           scenario.repetition.repeats};
     std::istringstream words(steps);
     for (std::string step; words >> step;) arguments.push_back(step);
-    if (!scenario.small) WarmMemory(sizes.warmedBytes);
+    PrepareMemory(scenario);
     Take(Run(arguments).output, scenario, contender.name, round);
     if (steps.find("edit") != std::string::npos || steps == "job") {
       CheckChanged(target, contender.name);
     }
+  }
+
+  void PrepareMemory(const KeyFileScenario& scenario) const {
+    if (scenario.cold) {
+      usleep(sizes.restMilliseconds * 1000);
+    } else if (scenario.repetition.rounds == 1) {
+      WarmMemory(sizes.warmedBytes);  // of small data there is little to warm
+    }
+  }
+
+  // Linking, loading and the end of the process count.
+  void RunFirstUses(const KeyFileScenario& scenario, const Contender& contender, int round) {
+    Figure sum;
+    for (int i = 0; i < kFirstUses; ++i) {
+      const Figure whole = Run({programs + "/" + contender.program, scenario.file,
+                                scenario.totals.changeSection, scenario.totals.changeKey})
+                               .whole;
+      sum.seconds += whole.seconds / kFirstUses;
+      sum.peakKib = std::max(sum.peakKib, whole.peakKib);
+    }
+    if (round != 0) items["first"].Add(contender.name, sum);
   }
 
   // These change the file in place.
@@ -286,7 +320,7 @@ class Comparison {
     const std::string target = folder.File("target");
     fs::copy_file(scenario.iniFile, target, fs::copy_options::overwrite_existing);
     const std::string& key = scenario.totals.changeKey;
-    WarmMemory(sizes.warmedBytes);
+    PrepareMemory(scenario);
     const Finished finished =
         tool == "sed" ? Run({"sed", "-i", "s/^" + key + "=.*/" + key + "=changed-value/", target})
                       : Run({"git", "config", "-f", target,
@@ -385,14 +419,38 @@ const std::vector<Contender> kSections = {
     {"inih", "keyfile_inih", "load lookup release"},
     {"git config", "", "git"},
 };
+const std::vector<Contender> kColdFlat = {
+    {"ours", "keyfile_ours", "job"},
+    {"GKeyFile", "keyfile_glib", "job"},
+    {"limit", "keyfile_limit", "job"},
+    {"sed -i", "", "sed"},
+};
+// The buffer of a save in one call, which no peer has, is not to be released with the rest.
 const std::vector<Contender> kSmallFlat = {
-    {"ours", "keyfile_ours", "load lookup walk save save1 edit release|job"},
+    {"ours", "keyfile_ours", "load lookup walk save edit release|load save1|job"},
     {"GKeyFile", "keyfile_glib", "load lookup walk save edit release|job"},
     {"SimpleIni", "keyfile_simpleini", "load lookup walk save edit release|job"},
     {"limit", "keyfile_limit", "load lookup walk save edit|job"},
     {"inih", "keyfile_inih", "load lookup release"},
     {"iniparser", "keyfile_iniparser", "load lookup walk save edit release|job"},
     {"libini_config", "keyfile_libini_config", "load lookup walk save edit release|job"},
+};
+const std::vector<Contender> kKeptFlat = {
+    {"ours", "keyfile_ours", "load lookup walk save release"},
+    {"GKeyFile", "keyfile_glib", "load lookup walk save release"},
+    {"SimpleIni", "keyfile_simpleini", "load lookup walk save release"},
+    {"limit", "keyfile_limit", "load lookup walk save"},
+    {"inih", "keyfile_inih", "load lookup release"},
+    {"iniparser", "keyfile_iniparser", "load lookup walk save release"},
+};
+const std::vector<Contender> kFirstUse = {
+    {"ours", "first_ours", "first"},
+    {"GKeyFile", "first_glib", "first"},
+    {"SimpleIni", "first_simpleini", "first"},
+    {"limit", "first_limit", "first"},
+    {"inih", "first_inih", "first"},
+    {"iniparser", "first_iniparser", "first"},
+    {"libini_config", "first_libini_config", "first"},
 };
 
 const std::vector<Contender> kCsv = {
@@ -414,8 +472,11 @@ void CompareAll(Comparison& comparison, const Sizes& sizes, const std::string& o
     const std::string file = comparison.File("flat.ini");
     const std::string probes = comparison.File("flat.probes");
     const auto totals = MakeFlatFile(file, probes, sizes.flatLines);
-    comparison.KeyFiles({"flat", "flat, " + Grouped(sizes.flatLines) + " lines", file, file, probes,
-                         totals, sizes.flatLines, false, kLargeFlat});
+    const std::string title = "flat, " + Grouped(sizes.flatLines) + " lines";
+    comparison.KeyFiles(
+        {"flat", title, file, file, probes, totals, kOnce, kLargeFlat, sizes.flatLines});
+    comparison.KeyFiles(
+        {"flat", title + ", after a rest", file, file, probes, totals, kOnce, kColdFlat, 0, true});
     fs::remove(file);
   }
   if (wanted("sections")) {
@@ -424,29 +485,32 @@ void CompareAll(Comparison& comparison, const Sizes& sizes, const std::string& o
     const std::string probes = comparison.File("sections.probes");
     const auto totals = MakeSectionFiles(file, ini, probes, sizes.sections);
     comparison.KeyFiles({"sections", Grouped(sizes.sections) + " sections", file, ini, probes,
-                         totals, sizes.sections * kLinesPerSection, false, kSections});
+                         totals, kOnce, kSections, sizes.sections * kLinesPerSection});
   }
   if (wanted("small")) {
     const std::string file = comparison.File("small.ini");
     const std::string probes = comparison.File("small.probes");
     const auto totals = MakeFlatFile(file, probes, kSmallLines);
+    const std::string title = "flat, 100 lines";
     comparison.KeyFiles(
-        {"flat", "flat, 100 lines", file, file, probes, totals, kSmallLines, true, kSmallFlat});
+        {"flat", title + ", dropped", file, file, probes, totals, kDropped, kSmallFlat});
+    comparison.KeyFiles({"flat", title + ", kept", file, file, probes, totals, kKept, kKeptFlat});
+    comparison.KeyFiles({"flat", title, file, file, probes, totals, kOnce, kFirstUse});
   }
   if (wanted("csv")) {
     const std::string file = comparison.File("table.csv");
     const std::string megabytes = std::to_string(sizes.csvMegabytes);
     auto totals = MakeCsvFile(file, sizes.csvMegabytes * 1000000);
-    comparison.Streams({"CSV, " + megabytes + " MB, all fields", file, totals, false, kCsv});
+    comparison.Streams({"CSV, " + megabytes + " MB, all fields", file, totals, kOnce, kCsv});
     totals = MakeCsvFile(file, kSmallCsvBytes);
-    comparison.Streams({"CSV, 15 kB, all fields", file, totals, true, kCsv});
+    comparison.Streams({"CSV, 15 kB, all fields", file, totals, kSmallCsv, kCsv});
     fs::remove(file);
   }
   if (wanted("lexer")) {
     const std::string file = comparison.File("tokens.txt");
     const std::string megabytes = std::to_string(sizes.tokenMegabytes);
     const auto totals = MakeTokenFile(file, sizes.tokenMegabytes * 1000000);
-    comparison.Streams({"lexer, " + megabytes + " MB, all tokens", file, totals, false, kLexers});
+    comparison.Streams({"lexer, " + megabytes + " MB, all tokens", file, totals, kOnce, kLexers});
   }
 }
 
