@@ -274,7 +274,7 @@ TYPED_TEST(FileLife, EditsThatTakeEachOtherBackNeedNoMoreMemory) {
 
 TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
   std::string text;
-  while (text.size() < 5000) text += "a=1\nb\n{\nc=2\n}\n";
+  while (text.size() < 5000) text += "a=1\nb=2\nc=3\nd=4\ne=5\nf=6\ng=7\n{\nh=8\n}\n";
   TestFiles::Write("file", text);
   TypeParam file(this->tokens, "file");
   const std::string loaded = file.Dump();
@@ -286,7 +286,7 @@ TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
       [&] { file.Load(); },
       [&](bool failed) { EXPECT_EQ(file.Dump(), failed ? unloaded : loaded); });
   EXPECT_GT(reads, 2);
-  EXPECT_GT(loads, 2);
+  EXPECT_GT(loads, 1);  // more entries than a file of that many lines is expected to have
   // A section without an end: also the message takes memory.
   TestFiles::Write("file", "a=1\n{\n");
   file.ClearAll();
