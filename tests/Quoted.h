@@ -28,7 +28,12 @@ inline std::string Escaped(const std::string& text, bool quoted) {
   return all;
 }
 /// As scenario files write it: `"a=" + 1020*"v" + "\n"`. In lists bare: `a[{1020*v}]`.
-inline std::string Quoted(const std::string& text) { return '"' + Escaped(text, true) + '"'; }
+inline std::string Quoted(const std::string& text) {
+  std::string all = '"' + Escaped(text, true) + '"';
+  if (all.starts_with("\"\" + ")) all.erase(0, 5);
+  if (all.ends_with(" + \"\"")) all.resize(all.size() - 5);
+  return all;
+}
 inline std::string Bare(const std::string& text) { return Escaped(text, false); }
 
 /// Throws where the two texts differ: what tells the step, and both, one below the other.
