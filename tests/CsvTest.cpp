@@ -145,11 +145,14 @@ TEST(CsvRow, GivesBackWhatAWideOrLongRecordHasLeft) {
     SCOPED_TRACE("records of " + large.substr(0, 1));
     CsvDocument document;
     CsvDocumentRow row;
-    document.Load(Write(large + "\n" + usual + "\na\n" + usual + "\n" + large + "\nb\n").c_str());
+    document.Load(
+        Write(large + "\n" + large + "\n" + usual + "\na\n" + usual + "\n" + large + "\nb\n")
+            .c_str());
     const auto allocates = [&] {
       return FailingNew::ForEachAllocation([&] { document.GetRow(row); }, [](bool) {}) > 0;
     };
     EXPECT_TRUE(allocates()) << "a large record";
+    EXPECT_FALSE(allocates()) << "another one";
     EXPECT_TRUE(allocates()) << "a usual one moves to room of its own";
     EXPECT_FALSE(allocates()) << "a short one";
     EXPECT_FALSE(allocates()) << "a usual one again";
