@@ -168,7 +168,7 @@ class Item {
 struct Contender {
   const char* name;
   const char* program;
-  const char* steps;  // in one process; those behind a bar in another
+  const char* steps;  // in one process; those after a bar in another
 };
 
 struct KeyFileScenario {

@@ -19,13 +19,13 @@ struct KeyFileTotals {
 /// The same data each time: all comes from a seed of its own.
 ///
 /// A file of one section with `lines` lines, a fifth of them comments and a tenth blank, keys
-/// unique; and a list of 1,000 of its entries, the one to change in front of them.
+/// unique; and a list of 1,000 of its entries, the one to change before them.
 KeyFileTotals MakeFlatFile(const std::string& path, const std::string& probes, std::size_t lines);
 
 constexpr std::size_t kEntriesPerSection = 20;
 constexpr std::size_t kLinesPerSection = kEntriesPerSection + 4;  // in our form
 
-/// Sections with a comment in front and a blank line behind each: once as `section NAME {` for the
+/// Sections with a comment before and a blank line after each: once as `section NAME {` for the
 /// library, once as an INI file for the others.
 KeyFileTotals MakeSectionFiles(const std::string& path, const std::string& iniPath,
                                const std::string& probes, std::size_t sections);
