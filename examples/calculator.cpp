@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A grammar of one's own in the parser shell: one sum on each line, read from a text in memory
-// and then from the file named on the command line.
+// A parser made from `ZelParser`: one sum on each line, read from a text in memory and then from
+// the file named on the command line.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>

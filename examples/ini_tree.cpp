@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reads an INI file into a tree of sections, by a grammar on the parser shell, and prints it.
+// Reads an INI file into a tree of sections, by a parser made from `ZelParser`, and prints it.
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -19,7 +19,7 @@ class IniParser : public ZelParser {
  public:
   bool Parse(void* context) override {
     ZelSectionHolder::TreeNode* root = static_cast<ZelSectionHolder*>(context)->GetRootItem();
-    ZelSection* section = root->GetData();  // entries in front of the first header are the root's
+    ZelSection* section = root->GetData();  // entries before the first header are the root's
     std::string line, comment;
     bool good = true;
     for (int number = 1; ReadLine(line); ++number) {

@@ -30,7 +30,7 @@ class ZELCONFUTILS_API ZelSectionEntry {
 
   /// Sets the key. Null changes nothing: only the comment can go back to null. A text of 512
   /// bytes or more, NUL not counted, is truncated to its first 511. `text` may be (part of) what
-  /// the same getter returns: `SetValue(GetValue() + 2)` drops two bytes in front.
+  /// the same getter returns: `SetValue(GetValue() + 2)` drops the first two bytes.
   void SetKeyName(const char* text);
   /// As `SetKeyName`, for the value.
   void SetValue(const char* text);

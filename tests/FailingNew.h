@@ -20,7 +20,7 @@ int ForEachAllocation(const std::function<void()>& operation,
                       const std::function<void(bool failed)>& check);
 
 /// The same for `operation` on a `Fixture` that is made anew for each run. Throws when memory is
-/// left behind with a `Fixture`.
+/// left after the end of a `Fixture`.
 template <class Fixture>
 int ForEachAllocationOn(const std::function<void(Fixture&)>& operation,
                         const std::function<void(Fixture&, bool failed)>& check) {

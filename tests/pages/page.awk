@@ -4,12 +4,12 @@
 # the body of one; a `main` is the last function of its block. mode=steps writes the page's texts
 # below `out` and prints what is to be done with them, in the order of the page:
 #
-#     file NAME TEXT      the fence behind "<!-- file: NAME -->": the file exists from here on
+#     file NAME TEXT      the fence after "<!-- file: NAME -->": the file exists from here on
 #     run N               block N runs
-#     prints TEXT         the ```text fence behind a cpp block: what the block prints
-#     result NAME TEXT    the fence behind "<!-- result: NAME -->": the file now holds this
+#     prints TEXT         the ```text fence after a cpp block: what the block prints
+#     result NAME TEXT    the fence after "<!-- result: NAME -->": the file now holds this
 #
-# "<!-- cpp" up to "-->" holds lines that go in front of the next block and that no reader needs.
+# "<!-- cpp" up to "-->" holds lines that go before the next block and that no reader needs.
 
 function flush_block() {
   ++blocks
