@@ -57,8 +57,8 @@ using ConfigEntryPosition = LinkedListPosition<ConfigEntry>;  ///< a cursor over
 ///
 /// Edits change the image in memory; the file changes at `Save` alone. Between calls the object
 /// holds no open file and no lock; within one, the file is not inherited by programs that are
-/// started meanwhile. It is used by one thread at a time, reads included. No text
-/// pointer may be null except where that is said; what is passed in is copied.
+/// started meanwhile. It is used by one thread at a time, reads included. No text pointer may be
+/// null except where that is said; what is passed in is copied.
 class ZELCONFUTILS_API ConfigFile {
  public:
   /// Reads a file, or a text in memory.
@@ -78,8 +78,8 @@ class ZELCONFUTILS_API ConfigFile {
   /// the cursor is on the first entry, or at end.
   ///
   /// A read that a signal interrupts goes on. One that fails, as on a broken disk, ends the content
-  /// as the end of the file does, and nothing tells of it: who must know compares the length of the
-  /// image with that of the file before saving.
+  /// as the end of the file does, and nothing tells: a program that must know compares the length
+  /// of the image with that of the file before it saves.
   ///
   /// Throws `ConfigException` with one of `Path DIRECTORY does not exist.` (also for a directory
   /// that the system does not let this process look at), `Error opening file "PATH" : REASON`,
@@ -112,11 +112,13 @@ class ZELCONFUTILS_API ConfigFile {
   ///
   /// Throws `ConfigException` with `Error saving file "TARGET" : REASON` (it cannot be opened),
   /// `Error locking file "TARGET" : REASON`, or `Error saving file "TARGET" : file is too big.`
-  /// for any failure to write. The target is then empty or partly written.
+  /// for any failure to write, and where there is no memory for the buffer. The target is then
+  /// empty or partly written.
   bool Save(bool coalesced, const char* target);
 
   /// Drops the content and reads the file anew: unsaved edits are lost, the cursor is on the first
-  /// entry, or at end. Without a path nothing happens. Throws as the constructor does.
+  /// entry, or at end. Without a path nothing happens. Throws as the constructor does, but does not
+  /// test the directory: without it the file cannot be opened.
   void Reload();
 
   /// Drops all lines and entries; path and tokens stay, and the file is not touched. The cursor is

@@ -133,9 +133,9 @@ class ZELCONFUTILS_API CsvDocument {
   /// spaces (0x20 only) at both ends. An empty line is a row of one empty field.
   ///
   /// False, with an empty row, at the end of the file, where it may be called again, and without
-  /// an open file. A read error counts as the end of the file, an interrupted read
-  /// does not. Throws `std::bad_alloc`, also for
-  /// a record of 4 GiB or more; the row is then empty, and the next call gives the same record.
+  /// an open file. A read error counts as the end of the file, an interrupted read does not.
+  /// Throws `std::bad_alloc`, also for a record of 4 GiB or more; the row is then empty, and the
+  /// next call gives the same record.
   bool GetRow(CsvDocumentRow& row);
 
   /// How many rows `GetRow` has delivered, over all files of this document, modulo 2^32.

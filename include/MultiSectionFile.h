@@ -106,7 +106,8 @@ class ZELCONFUTILS_API MultiSectionFile {
   bool Save(bool coalesced, const char* target);
 
   /// Drops the content and reads the file anew. Cursors as after construction. Without a path
-  /// nothing happens. Throws as the constructor does.
+  /// nothing happens. Throws as `ConfigFile::Reload` does, and for a text that ends inside a
+  /// section.
   void Reload();
 
   /// Drops all lines, sections and entries; path and tokens stay. Both cursors are at end.
