@@ -31,12 +31,12 @@ enum ZelLexTokenKind : std::int32_t {
 struct ZELCONFUTILS_API ZelLexToken {
   /// @name The kinds once more, so that they may be spelled with the token's name
   /// @{
-  static constexpr ZelLexTokenKind UnknownToken = ::UnknownToken;
-  static constexpr ZelLexTokenKind PunctuationToken = ::PunctuationToken;
-  static constexpr ZelLexTokenKind StringConstantToken = ::StringConstantToken;
-  static constexpr ZelLexTokenKind DigitConstantToken = ::DigitConstantToken;
-  static constexpr ZelLexTokenKind WhiteSpaceToken = ::WhiteSpaceToken;
-  static constexpr ZelLexTokenKind NewLineToken = ::NewLineToken;
+  static constexpr ZelLexTokenKind UnknownToken = ::UnknownToken;  ///< as in `ZelLexTokenKind`
+  static constexpr ZelLexTokenKind PunctuationToken = ::PunctuationToken;        ///< likewise
+  static constexpr ZelLexTokenKind StringConstantToken = ::StringConstantToken;  ///< likewise
+  static constexpr ZelLexTokenKind DigitConstantToken = ::DigitConstantToken;    ///< likewise
+  static constexpr ZelLexTokenKind WhiteSpaceToken = ::WhiteSpaceToken;          ///< likewise
+  static constexpr ZelLexTokenKind NewLineToken = ::NewLineToken;                ///< likewise
   /// @}
 
   std::int32_t kind = UnknownToken;  ///< One of `ZelLexTokenKind`.

@@ -51,17 +51,20 @@ class ZELCONFUTILS_API ZelSectionEntry {
   /// (in values and comments as in keys). Null does not match an empty text. Never throws.
   bool operator==(const ZelSectionEntry& other);
 
-  // C++20 also tries each comparison with its sides swapped, and finds neither order the better one
-  // for two objects that are not const. These are, and no second member.
+  /// The same, for C++20: it also tries each comparison with its sides swapped, and finds neither
+  /// order the better one for two objects that are not const. These four are better.
   friend bool operator==(ZelSectionEntry& left, ZelSectionEntry& right) {
     return left.operator==(right);
   }
+  /// Likewise.
   friend bool operator==(ZelSectionEntry& left, ZelSectionEntry&& right) {
     return left.operator==(right);
   }
+  /// Likewise.
   friend bool operator==(ZelSectionEntry&& left, ZelSectionEntry& right) {
     return left.operator==(right);
   }
+  /// Likewise.
   friend bool operator==(ZelSectionEntry&& left, ZelSectionEntry&& right) {
     return left.operator==(right);
   }
@@ -153,10 +156,13 @@ class ZELCONFUTILS_API ZelSection {
   /// included. Never throws.
   bool operator==(const ZelSection& other);
 
-  // As in `ZelSectionEntry`.
+  /// The same, for C++20, as in `ZelSectionEntry`.
   friend bool operator==(ZelSection& left, ZelSection& right) { return left.operator==(right); }
+  /// Likewise.
   friend bool operator==(ZelSection& left, ZelSection&& right) { return left.operator==(right); }
+  /// Likewise.
   friend bool operator==(ZelSection&& left, ZelSection& right) { return left.operator==(right); }
+  /// Likewise.
   friend bool operator==(ZelSection&& left, ZelSection&& right) { return left.operator==(right); }
 
   /// Takes the name of `other`, if it has one, and appends copies of its entries. The entries of
