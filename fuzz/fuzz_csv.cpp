@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What it does with an input stands beside the test that does the same with the kept ones.
+// The first byte of an input chooses the settings, the rest is the file.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -7,6 +7,6 @@
 #include "../tests/CsvReference.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  CsvReference::ReadInput(std::string(data, data + size));
+  CsvReference::CheckInput(std::string(data, data + size));
   return 0;
 }

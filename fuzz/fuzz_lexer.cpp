@@ -7,6 +7,6 @@
 #include "../tests/LexerReference.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  LexerReference::Check(std::string(data, data + size));
+  for (const bool ignore : {false, true}) LexerReference::Check({data, data + size}, ignore);
   return 0;
 }

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
-#include <random>
-#include <set>
 #include <string>
 #include <utility>
 
@@ -20,29 +17,13 @@ namespace {
 
 constexpr std::size_t kBlockBytes = zelconfutils::CsvRecordReader::kBlockBytes;
 
+using CsvReference::AllRows;
+using CsvReference::RowText;
 using TestFiles::Path;
 
 std::string Write(const std::string& text) {
   TestFiles::Write(Path("a"), text, std::ios::binary);
   return Path("a");
-}
-
-std::string RowText(const CsvDocumentRow& row) {
-  std::string text;
-  for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) text += '[' + row.GetField(i) + ']';
-  return text;
-}
-
-// The rows as long as one can be expected: `[a][b]+ [c].`, `+` where another one is expected then.
-std::string AllRows(CsvDocument& document) {
-  std::string text;
-  CsvDocumentRow row;
-  while (document.IsCsvRecordPresence()) {
-    if (!text.empty()) text += ' ';
-    text += document.GetRow(row) ? RowText(row) : "false" + RowText(row);
-    text += document.IsCsvRecordPresence() ? '+' : '.';
-  }
-  return text;
 }
 
 TEST(Csv, RecordsAndFieldsOfAFile) {
@@ -83,13 +64,18 @@ TEST(Csv, RecordsAndFieldsOfAFile) {
   }
 }
 
-TEST(Csv, AnUnknownDelimiterLeavesTheOneBefore) {
+TEST(Csv, SettingsHoldFromTheNextRowOn) {
   CsvDocument document;
+  CsvDocumentRow row;
+  document.Load(Write("'a';b\n'a';b").c_str());
+  document.GetRow(row);
+  EXPECT_EQ(RowText(row), "['a';b]");
+  document.SetFieldSpecialToken('\'');
   for (auto kind : {SemicolonDelimiter, static_cast<CsvFieldDelimiter>(3)}) {
     document.SetFieldDelimiter(kind);
   }
-  document.Load(Write("a;b").c_str());
-  EXPECT_EQ(AllRows(document), "[a][b].");
+  document.GetRow(row);
+  EXPECT_EQ(RowText(row), "[a][b]") << "an unknown delimiter leaves the one before";
 }
 
 TEST(Csv, AFailedLoadTellsWhyAndClosesTheFileBefore) {
@@ -122,6 +108,32 @@ TEST(Csv, GetRowStaysFalseAtTheEndUntilTheFileGrows) {
   EXPECT_TRUE(document.GetRow(row));
   EXPECT_EQ(RowText(row), "[b]");
   EXPECT_FALSE(document.IsCsvRecordPresence()) << "for an end once met, nothing is looked for";
+}
+
+TEST(Csv, CopiesShareTheOpenFileAndItsPosition) {
+  const int openFiles = TestSystem::OpenFiles();
+  {
+    CsvDocument document, assigned;
+    CsvDocumentRow row;
+    auto kind = SemicolonDelimiter;
+    document.SetFieldDelimiter(kind);
+    document.SetFieldSpecialToken('\'');
+    assigned.Load(Write("x\ny").c_str());
+    document.Load(Write("1\n2\n3;'3'\n4").c_str());
+    document.GetRow(row);
+    FailingNew::ForEachAllocation(
+        [&] { assigned = document; },
+        [&](bool failed) { EXPECT_EQ(assigned.GetRowCount(), failed ? 0u : 1u); });
+    assigned = *&assigned;
+    CsvDocument copy(assigned);
+    EXPECT_EQ(TestSystem::OpenFiles(), openFiles + 1);
+    assigned.GetRow(row);
+    EXPECT_EQ(RowText(row), "[2]");
+    EXPECT_EQ(AllRows(copy), "[3][3]+ [4].");
+    EXPECT_EQ(copy.GetRowCount(), 3u) << "those before the copy, too";
+    EXPECT_FALSE(document.GetRow(row) || document.IsCsvRecordPresence());
+  }
+  EXPECT_EQ(TestSystem::OpenFiles(), openFiles);
 }
 
 TEST(CsvRow, FieldsAreTheRowsOwnAndWrapAt65536) {
@@ -180,68 +192,15 @@ TEST(CsvRecords, ALongRecordKeepsNoRoom) {
   EXPECT_LT(reader.Record().capacity(), kBlockBytes);
 }
 
-TEST(CsvReference, ReadsLineEndsOverTheEndOfABlockTheSame) {
-  for (std::size_t bytes = kBlockBytes - 3; bytes <= kBlockBytes; ++bytes) {
-    for (const std::string& text : TestFiles::AllTexts("a\r\n", 2)) {
-      CsvReference::ReadAll(std::string(bytes, 'x') + text, CommaDelimiter, '\0');
-    }
-  }
-}
-
-TEST(CsvReference, ReadsTheKeptInputsTheSame) {
-  for (const auto& kept : std::filesystem::directory_iterator(ZELCONFUTILS_CSV_CORPUS)) {
-    SCOPED_TRACE(kept.path().filename());
-    CsvReference::ReadInput(TestFiles::Read(kept.path().string(), std::ios::binary));
-  }
-}
-
-// Records around the size of a map of 64 bytes and of a block, fields around the room of a short
-// string, settings that change between two rows, and documents that share a file.
-TEST(CsvReference, GivesTheSameRowsInRandomSteps) {
-  std::mt19937 random(1);
-  const std::string bytes("a \",\r\n\0\xFF\x1A;;;\t\t\x0B\x0E\x80,,,,", 21);
-  const std::string names[] = {Path("a"), Path("b"), Path("%s%n"), "/"};
-  std::string texts[2], messages;
-  for (int i = 0; i < 2; ++i) {
-    while (texts[i].size() < 4 * kBlockBytes) {
-      const std::size_t around[] = {0, 9, 40, 64, 200, kBlockBytes};
-      for (std::size_t n = around[random() % (i == 0 ? 6 : 5)] + random() % 24; n > 0; --n) {
-        texts[i] += random() % 12 == 0 ? bytes[random() % bytes.size()] : 'x';
+// Around the room of a short string, a map of 64 bytes, and a block.
+TEST(CsvReference, ReadsTheSameAtTheEndsOfWhatIsReadAtOnce) {
+  for (const std::size_t end : {std::size_t{16}, std::size_t{64}, kBlockBytes}) {
+    for (std::size_t bytes = end - 3; bytes <= end; ++bytes) {
+      for (const std::string& text : TestFiles::AllTexts("a,\r\n", 2)) {
+        CsvReference::Check(std::string(bytes, 'x') + text, CommaDelimiter, '\0');
       }
-      texts[i] += random() % 2 == 0 ? "\r\n" : "\n";
-    }
-    TestFiles::Write(names[i], texts[i], std::ios::binary);
-  }
-  messages.reserve(100000);
-  testing::internal::CaptureStderr();
-  const int openFiles = TestSystem::OpenFiles() - 1;
-  const long blocks = FailingNew::LiveBlocks();
-  {
-    CsvReference references[2];
-    CsvDocumentRow row;
-    for (int step = 0; step < 50000; ++step) {
-      SCOPED_TRACE(step);
-      CsvReference &one = references[random() % 2], &other = references[random() % 2];
-      const std::size_t file = random() % 5, action = random() % 2000;
-      if (action == 0) {
-        one.Load(file < 4 ? names[file].c_str() : nullptr, file < 2 ? &texts[file] : nullptr);
-        if (file == 4) messages += "Invalid CSV file  (null)\n";
-        if (file == 2 || file == 3) messages += "Failed to open CSV file " + names[file] + "\n";
-      } else if (action < 3) {
-        one.CopyFrom(other, action == 1);
-      } else {
-        const auto kind = static_cast<CsvFieldDelimiter>(random() % 4);  // the last is none
-        if (action % 3 == 0) one.Set(kind, "\0\" x"[random() % 4]);
-        one.GetRow(row);
-        continue;
-      }
-      const std::set<void*> sources = {nullptr, references[0].source.get(),
-                                       references[1].source.get()};
-      EXPECT_EQ(TestSystem::OpenFiles(), openFiles + static_cast<int>(sources.size()));
     }
   }
-  EXPECT_EQ(FailingNew::LiveBlocks(), blocks) << "a leak";
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), messages);
 }
 
 }  // namespace
