@@ -40,10 +40,13 @@ inline std::string TokenText(const ZelLexToken& token) {
   return kNames[token.kind] + (' ' + Quoted(token.text));
 }
 
-/// The tokens up to the end, each with a blank after it.
+/// The tokens up to the end, each with a blank after it. A copy of the lexer goes on where it was.
 inline std::string AllTokens(ZelLex& lexer) {
   std::string text;
-  while (const ZelLexToken* token = lexer.GetToken()) text += TokenText(*token) + ' ';
+  while (const ZelLexToken* token = lexer.GetToken()) {
+    text += TokenText(*token) + ' ';
+    lexer = ZelLex(lexer);
+  }
   return text;
 }
 
