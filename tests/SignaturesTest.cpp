@@ -21,14 +21,19 @@
 
 namespace {
 
+using Configuration::ConfigFile;
+using Configuration::MultiSectionConfigFile;
+using Configuration::MultiSectionFile;
 using Text = const char*;
-
-template <class Type>
-using CopyAssignment = Type& (Type::*)(const Type&);
 
 // Each operation named takes and returns exactly that.
 template <class Signature>
 void Are(std::initializer_list<Signature>) {}
+
+template <class... Types>
+void AreAssigned() {
+  (Are<Types& (Types::*)(const Types&)>({&Types::operator=}), ...);
+}
 
 // As an argument is passed: no constructor may be explicit. Functions, as some cannot be copied.
 template <class Type, class... Arguments>
@@ -36,30 +41,33 @@ Type Make(Arguments... arguments) {
   return {arguments...};
 }
 
-struct FlatMembers : Configuration::ConfigFile {
-  using ConfigFile::ConfigFile;
+template <class... Types>
+void AreCopied() {
+  static_assert((std::is_convertible_v<const Types&, Types> && ...));
+}
+
+// With what derived classes may use.
+struct Flat : ConfigFile {
   static void Check() {
-    Are<void (FlatMembers::*)()>({&FlatMembers::Read, &FlatMembers::Load, &FlatMembers::Tidy});
-    static_assert(std::is_same_v<decltype(entries), Configuration::ConfigEntryList*>);
-    static_assert(std::is_same_v<decltype(cursor), Configuration::ConfigEntryPosition*>);
+    Are<void (Flat::*)()>({&Flat::Read, &Flat::Load, &Flat::Tidy});
+    Are<Configuration::ConfigEntryList * Flat::*>({&Flat::entries});
+    Are<Configuration::ConfigEntryPosition * Flat::*>({&Flat::cursor});
   }
 };
 
-struct SectionMembers : Configuration::MultiSectionFile {
-  using Type = SectionMembers;
+struct Sectioned : MultiSectionFile {
   static void Check() {
-    Are<void (Type::*)()>({&Type::Read, &Type::Load, &Type::Tidy});
-    static_assert(std::is_same_v<decltype(sections), Configuration::ConfigSectionList*>);
-    static_assert(std::is_same_v<decltype(sectionCursor), Configuration::ConfigSectionPosition*>);
-    static_assert(std::is_same_v<decltype(entries), Configuration::ConfigEntryList*>);
-    static_assert(std::is_same_v<decltype(entryCursor), Configuration::ConfigEntryPosition*>);
+    Are<void (Sectioned::*)()>({&Sectioned::Read, &Sectioned::Load, &Sectioned::Tidy});
+    Are<Configuration::ConfigSectionList * Sectioned::*>({&Sectioned::sections});
+    Are<Configuration::ConfigSectionPosition * Sectioned::*>({&Sectioned::sectionCursor});
+    Are<Configuration::ConfigEntryList * Sectioned::*>({&Sectioned::entries});
+    Are<Configuration::ConfigEntryPosition * Sectioned::*>({&Sectioned::entryCursor});
   }
 };
 
 // What a flat file and the top level of a sectioned one have in common.
 template <class Type>
 void CheckEntryOperations() {
-  Are<CopyAssignment<Type>>({&Type::operator=});
   Are<bool (Type::*)(bool, Text)>({&Type::Save});
   Are<void (Type::*)()>({&Type::Reload, &Type::ClearAll, &Type::Restart});
   Are<bool (Type::*)(Text, Text)>({&Type::AttachToBuffer, &Type::InsertEntry});
@@ -75,17 +83,14 @@ void CheckEntryOperations() {
 }
 
 void CheckFiles() {
-  using Configuration::ConfigFile;
-  using Configuration::MultiSectionConfigFile;
-  using Type = Configuration::MultiSectionFile;
-  FlatMembers::Check();
-  SectionMembers::Check();
+  using Type = MultiSectionFile;
+  Flat::Check();
+  Sectioned::Check();
   CheckEntryOperations<ConfigFile>();
   CheckEntryOperations<Type>();
   Make<ConfigFile>(nullptr, false, false, false, "=", "#", nullptr);
   Make<Type>(nullptr, false, false, false, nullptr, "{\n", "}\n", "=", "#", nullptr);
   Make<MultiSectionConfigFile>(nullptr, false, false, false, false);
-  Are<CopyAssignment<MultiSectionConfigFile>>({&MultiSectionConfigFile::operator=});
   Are<size_t (ConfigFile::*)(Text)>({&ConfigFile::SetCurrentEntry});
 
   Are<bool (Type::*)(Text)>({&Type::GotoSection, &Type::SetSectionName, &Type::InsertSection,
@@ -113,14 +118,11 @@ void CheckExceptionAndBuffer() {
   static_assert(std::is_same_v<Configuration::ConfigException, ConfigException>);
   static_assert(std::is_convertible_v<ConfigException*, std::exception*>);
   Make<ConfigException>("text");
-  Make<ConfigException>(ConfigException("text"));
-  Are<CopyAssignment<ConfigException>>({&ConfigException::operator=});
   Are<Text (ConfigException::*)() const noexcept>({&ConfigException::what});
 
   using Type = Configuration::SmartBuffer;
   static_assert(std::is_same_v<Type, SmartBuffer>);
   Make<Type>();
-  Are<CopyAssignment<Type>>({&Type::operator=});
   Are<char* (Type::*)()>({&Type::operator&});
   Are<Text (Type::*)() const>({&Type::operator()});
   Are<char& (Type::*)(size_t)>({&Type::operator[]});
@@ -137,38 +139,27 @@ struct Parser : ZelParser {
   bool Parse(void*) override { return true; }
 };
 
-template <class Type>
-void CheckSource() {
-  Are<bool (Type::*)()>({&Type::HasMoreLines});
-  Are<std::string (Type::*)()>({&Type::GetLine});
-}
-
 void CheckParsing() {
-  CheckSource<StreamIterator>();
-  CheckSource<FileIterator>();
-  CheckSource<BufferIterator>();
   Make<Source>();
-  Make<Source>(Source());
-  Are<CopyAssignment<StreamIterator>>({&StreamIterator::operator=});
+  Are<bool (FileIterator::*)()>({&StreamIterator::HasMoreLines, &FileIterator::HasMoreLines});
+  Are<std::string (FileIterator::*)()>({&StreamIterator::GetLine, &FileIterator::GetLine});
   static_assert(std::is_convertible_v<Text, FileIterator>);
   static_assert(!std::is_copy_constructible_v<FileIterator>);
   static_assert(!std::is_copy_assignable_v<FileIterator>);
   Are<void (FileIterator::*)()>({&FileIterator::CloseFile});
   Make<BufferIterator>("text");
-  Make<BufferIterator>(BufferIterator("text"));
-  Are<CopyAssignment<BufferIterator>>({&BufferIterator::operator=});
+  Are<bool (BufferIterator::*)()>({&BufferIterator::HasMoreLines});
+  Are<std::string (BufferIterator::*)()>({&BufferIterator::GetLine});
 
   static_assert(std::is_same_v<decltype(ZelLexToken::kind), std::int32_t>);
   static_assert(std::is_same_v<decltype(ZelLexToken::text), std::string>);
-  static_assert(UnknownToken == 0 && ZelLexToken::UnknownToken == UnknownToken);
-  static_assert(PunctuationToken == 1 && ZelLexToken::PunctuationToken == PunctuationToken);
-  static_assert(StringConstantToken == 2 && ZelLexToken::StringConstantToken == 2);
-  static_assert(DigitConstantToken == 3 && ZelLexToken::DigitConstantToken == 3);
-  static_assert(WhiteSpaceToken == 4 && ZelLexToken::WhiteSpaceToken == WhiteSpaceToken);
-  static_assert(NewLineToken == 5 && ZelLexToken::NewLineToken == NewLineToken);
+  static_assert(UnknownToken == 0 && PunctuationToken == 1 && StringConstantToken == 2);
+  static_assert(DigitConstantToken == 3 && WhiteSpaceToken == 4 && NewLineToken == 5);
+  using Token = ZelLexToken;
+  static_assert(Token::UnknownToken == 0 && Token::PunctuationToken == 1);
+  static_assert(Token::StringConstantToken == 2 && Token::DigitConstantToken == 3);
+  static_assert(Token::WhiteSpaceToken == 4 && Token::NewLineToken == 5);
   Make<ZelLex>(nullptr, true);
-  Make<ZelLex>(ZelLex(nullptr, true));
-  Are<CopyAssignment<ZelLex>>({&ZelLex::operator=});
   Are<ZelLexToken* (ZelLex::*)()>({&ZelLex::GetToken});
 
   Make<Parser>();
@@ -181,7 +172,6 @@ void CheckRecords() {
   using Entry = ZelSectionEntry;
   Make<Entry>();
   Make<Entry>("key", "value", "comment");
-  Make<Entry>(Entry());
   Are<void (Entry::*)(Text)>({&Entry::SetKeyName, &Entry::SetValue, &Entry::SetComment});
   Are<Text (Entry::*)() const>({&Entry::GetKeyName, &Entry::GetValue, &Entry::GetComment});
   Are<void (Entry::*)()>({&Entry::UndoComment});
@@ -192,7 +182,6 @@ void CheckRecords() {
   using ConstPosition = std::vector<Entry*>::const_iterator;
   Make<Type>();
   Make<Type>("name");
-  Make<Type>(Type());
   Are<void (Type::*)(Text)>({&Type::SetName});
   Are<Text (Type::*)() const>({&Type::GetName});
   Are<bool (Type::*)(Text, Text, Text)>({&Type::AddEntry});
@@ -207,18 +196,12 @@ void CheckRecords() {
   Are<void (Type::*)(const Type&)>({&Type::operator=});
 }
 
-template <class Type>
-void CheckTree() {
-  Make<Type>();
-  Make<Type>(Type());
-  Are<CopyAssignment<Type>>({&Type::operator=});
-  Are<typename Type::TreeNode* (Type::*)()>({&Type::GetRootItem});
-  Are<bool (Type::*)()>({&Type::Empty, &Type::DeleteAllItems});
-}
-
 void CheckTreesAndRows() {
-  CheckTree<Tree<ZelSection>>();
-  CheckTree<ZelSectionHolder>();
+  using Type = ZelSectionHolder;
+  Make<Type>();
+  Make<Tree<ZelSection>>();
+  Are<Tree<ZelSection>::TreeNode* (Type::*)()>({&Type::GetRootItem});
+  Are<bool (Type::*)()>({&Type::Empty, &Type::DeleteAllItems});
   using Node = Tree<ZelSection>::TreeNode;
   using Callback = bool (*)(ZelSection*);
   Are<void (Node::*)(Callback)>({&Node::Traverse});
@@ -228,8 +211,6 @@ void CheckTreesAndRows() {
 
   static_assert(CommaDelimiter == 0 && SemicolonDelimiter == 1 && TabDelimiter == 2);
   Make<CsvDocument>();
-  Make<CsvDocument>(CsvDocument());
-  Are<CopyAssignment<CsvDocument>>({&CsvDocument::operator=});
   Are<void (CsvDocument::*)(CsvFieldDelimiter&)>({&CsvDocument::SetFieldDelimiter});
   Are<void (CsvDocument::*)(const char&)>({&CsvDocument::SetFieldSpecialToken});
   Are<bool (CsvDocument::*)(Text)>({&CsvDocument::Load});
@@ -239,13 +220,19 @@ void CheckTreesAndRows() {
 
   using Row = CsvDocumentRow;
   Make<Row>();
-  Make<Row>(Row());
-  Are<CopyAssignment<Row>>({&Row::operator=});
   Are<void (Row::*)(Text)>({&Row::AddField});
   Are<void (Row::*)(const std::string&)>({&Row::AddField});
   Are<std::string (Row::*)(unsigned short) const>({&Row::GetField});
   Are<unsigned short (Row::*)() const>({&Row::GetFieldsCount});
   Are<void (Row::*)()>({&Row::Reset});
+}
+
+void CheckCopies() {
+  AreAssigned<ConfigFile, MultiSectionFile, MultiSectionConfigFile, StreamIterator>();
+  AreAssigned<ConfigException, SmartBuffer, BufferIterator, ZelLex>();
+  AreAssigned<Tree<ZelSection>, ZelSectionHolder, CsvDocument, CsvDocumentRow>();
+  AreCopied<ConfigException, Source, BufferIterator, ZelLex, ZelSectionEntry>();
+  AreCopied<ZelSection, Tree<ZelSection>, ZelSectionHolder, CsvDocument, CsvDocumentRow>();
 }
 
 // One member, and each way to write a comparison means it.
@@ -266,6 +253,7 @@ int main() {
   CheckParsing();
   CheckRecords();
   CheckTreesAndRows();
+  CheckCopies();
   ZelSection named("name");
   const bool equal = CheckComparison(named) && CheckComparison(ZelSectionEntry("k", "v", "c")) &&
                      named == "NAME" && !(named == "other");

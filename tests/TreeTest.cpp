@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 
 #include "FailingNew.h"
@@ -14,22 +13,25 @@ using Node = ZelSectionHolder::TreeNode;
 using RecordTexts::Section;
 using RecordTexts::Text;
 
-std::string trace;  // of the walk under way
+std::string trace, stop;  // of the walk under way
 
-// As `r: k(a:() b:(c:()))`: a section, and its children in brackets.
-std::string TreeText(Node* top) {
+// Writes `r: k/v(a:() b:(c:()))`: a section, and what is below it in brackets. Not below `stop`.
+bool Enter(ZelSection* section) {
+  if (!trace.empty() && trace.back() != '(') trace += ' ';
+  trace += Text(*section);
+  if (Text(*section) == stop) return false;
+  trace += '(';
+  return true;
+}
+bool Leave(ZelSection*) {
+  trace += ')';
+  return false;  // is ignored
+}
+
+std::string TreeText(Node* top, const char* stopAt = "") {
   trace.clear();
-  top->Traverse(
-      [](ZelSection* section) {
-        if (!trace.empty() && trace.back() != '(') trace += ' ';
-        trace += Text(*section);
-        trace += '(';
-        return true;
-      },
-      [](ZelSection*) {
-        trace += ')';
-        return false;  // is ignored
-      });
+  stop = stopAt;
+  top->Traverse(Enter, Leave);
   return trace;
 }
 
@@ -64,44 +66,30 @@ TEST(Tree, CallsOnATree) {
   static const struct {
     const char* rule;
     void (*call)(Fixture&);
-    const char *tree, *target;
+    const char *tree, *target = kTarget;
   } rows[] = {
       {"a child is appended", [](Fixture& f) { f.root->AddChild(Section("z: y")); },
-       "r: k/v(a: x(b:() c:(d:())) e:() z: y())", kTarget},
+       "r: k/v(a: x(b:() c:(d:())) e:() z: y())"},
       {"a child with the node's own section",
-       [](Fixture& f) { f.root->AddChild(*f.root->GetData()); },
-       "r: k/v(a: x(b:() c:(d:())) e:() r: k/v())", kTarget},
-      {"a child below a leaf", [](Fixture& f) { f.leaf->AddChild("z"); },
-       "r: k/v(a: x(b:(z:()) c:(d:())) e:())", kTarget},
+       [](Fixture& f) { f.leaf->AddChild(*f.leaf->GetData()); },
+       "r: k/v(a: x(b:(b:()) c:(d:())) e:())"},
       {"an assignment copies all", [](Fixture& f) { f.target = f.tree; }, kTree,
-       "r: old k/v(a: x(b:() c:(d:())) e:())"},
-      {"the base's assignment, too",
-       [](Fixture& f) { static_cast<Tree<ZelSection>&>(f.target) = f.tree; }, kTree,
        "r: old k/v(a: x(b:() c:(d:())) e:())"},
       {"an empty tree leaves no nodes", [](Fixture& f) { f.target = ZelSectionHolder(); }, kTree,
        "t: old()"},
+      {"an assignment to itself changes nothing", [](Fixture& f) { f.tree = *&f.tree; }, kTree},
+      {"DeleteAllItems keeps the root's section", [](Fixture& f) { f.tree.DeleteAllItems(); },
+       "r: k/v()"},
       {"a copy is one level deep", [](Fixture& f) { f.target = ZelSectionHolder(f.tree); }, kTree,
        "r: old k/v(a: x() e:())"},
-      {"an assignment to itself changes nothing", [](Fixture& f) { f.tree = *&f.tree; }, kTree,
-       kTarget},
-      {"DeleteAllItems keeps the root's section", [](Fixture& f) { f.tree.DeleteAllItems(); },
-       "r: k/v()", kTarget},
   };
+  trace.reserve(1000);
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.rule);
-    trace.reserve(1000);
-    const long blocks = FailingNew::LiveBlocks();
-    std::optional<Fixture> fixture(std::in_place);
-    FailingNew::ForEachAllocation([&] { row.call(*fixture); },
-                                  [&](bool failed) {
-                                    EXPECT_EQ(TreeText(fixture->root), failed ? kTree : row.tree);
-                                    EXPECT_EQ(TreeText(fixture->target.GetRootItem()),
-                                              failed ? kTarget : row.target);
-                                    fixture.emplace();
-                                  });
-    fixture.reset();
-    const bool leaks = FailingNew::LiveBlocks() != blocks;
-    EXPECT_FALSE(leaks && !HasFailure());  // a failure holds memory, too
+    FailingNew::ForEachAllocationOn<Fixture>(row.call, [&row](Fixture& f, bool failed) {
+      SCOPED_TRACE(row.rule);
+      EXPECT_EQ(TreeText(f.root), failed ? kTree : row.tree);
+      EXPECT_EQ(TreeText(f.target.GetRootItem()), failed ? kTarget : row.target);
+    });
   }
 }
 
@@ -110,34 +98,15 @@ TEST(Tree, ACopyIsATreeOfItsOwn) {
   ZelSectionHolder copy(f.tree);
   copy.GetRootItem()->AddChild("n")->AddChild("m");
   EXPECT_EQ(TreeText(f.root), kTree);
-  f.tree.DeleteAllItems();
   EXPECT_EQ(TreeText(copy.GetRootItem()), "r: k/v(a: x() e:() n:(m:()))");
-}
-
-// The names in the order of the walk; `)` for what leaves. It does not go below c.
-bool Visit(ZelSection* section) {
-  trace += section->GetName();
-  return trace.back() != 'c';
-}
-bool Leave(ZelSection* section) {
-  trace.append(section->GetName()).append(")");
-  return false;
 }
 
 TEST(TreeWalk, GoesFromANodeToAllBelowInOrder) {
   Fixture f;
-  const auto walk = [](Node* top, bool leaves) {
-    trace.clear();
-    leaves ? top->Traverse(Visit, Leave) : top->Traverse(Visit);
-    return trace;
-  };
-  EXPECT_EQ(walk(f.root, false), "rabce") << "not below the node that gives false";
-  EXPECT_EQ(walk(f.root, true), "rabb)ca)ee)r)") << "nor is that node left";
-  EXPECT_EQ(walk(f.a, false), "abc") << "siblings of the top are not below it";
-  EXPECT_EQ(walk(f.a, true), "abb)ca)");
-  EXPECT_EQ(walk(f.leaf, true), "bb)");
-  f.root->GetData()->SetName("c");
-  EXPECT_EQ(walk(f.root, true), "c") << "a top that gives false is called alone";
+  EXPECT_EQ(TreeText(f.root, "c:"), "r: k/v(a: x(b:() c:) e:())") << "not below, and not left";
+  EXPECT_EQ(TreeText(f.a), "a: x(b:() c:(d:()))") << "siblings of the top are not below it";
+  EXPECT_EQ(TreeText(f.leaf), "b:()");
+  EXPECT_EQ(TreeText(f.root, "r: k/v"), "r: k/v") << "a top that gives false is called alone";
 }
 
 TEST(TreeWalk, VisitsWhatACallbackAdds) {
@@ -149,9 +118,25 @@ TEST(TreeWalk, VisitsWhatACallbackAdds) {
     trace += section->GetName();
     if (trace == "rab") grown->AddChild("x");   // below the node
     if (trace == "rabx") grown->AddChild("y");  // after the node
-    return true;
+    return trace.back() != 'c';
   });
-  EXPECT_EQ(trace, "rabxycde");
+  EXPECT_EQ(trace, "rabxyce") << "not below the node that gives false";
+}
+
+// No call goes down by recursion: the stack has no room for it.
+TEST(TreeWalk, ReachesTheBottomOfADeepTree) {
+  constexpr int kDepth = 1000000;
+  static int entered = 0, left = 0;
+  ZelSectionHolder tree, assigned;
+  Node* node = tree.GetRootItem();
+  for (int i = 0; i < kDepth; ++i) node = node->AddChild(ZelSection());
+  assigned = tree;
+  assigned = tree;  // releases the former copies
+  tree.DeleteAllItems();
+  assigned.GetRootItem()->Traverse([](ZelSection*) { return ++entered > 0; },
+                                   [](ZelSection*) { return ++left > 0; });
+  EXPECT_EQ(entered, kDepth + 1);
+  EXPECT_EQ(left, kDepth + 1);
 }
 
 }  // namespace
