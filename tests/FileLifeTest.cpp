@@ -272,6 +272,17 @@ TYPED_TEST(FileLife, EditsThatTakeEachOtherBackNeedNoMoreMemory) {
   }
 }
 
+TYPED_TEST(FileLife, ClearAllGivesAllMemoryBack) {
+  std::string text;
+  for (int i = 0; i < 2000; ++i) text += "a=1\n{\nb=2\n}\n";
+  TypeParam file(this->tokens, nullptr);
+  const long blocks = FailingNew::LiveBlocks();
+  file.AttachToBuffer(text.c_str(), nullptr);
+  EXPECT_GT(FailingNew::LiveBlocks(), blocks);
+  file.ClearAll();
+  EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
+}
+
 TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
   std::string text;
   while (text.size() < 5000) text += "a=1\nb=2\nc=3\nd=4\ne=5\nf=6\ng=7\n{\nh=8\n}\n";
