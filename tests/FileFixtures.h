@@ -230,4 +230,15 @@ class SectionFile : public FileFixture<Configuration::MultiSectionFile> {
                     with.separator, with.comment, with.prefix) {}
 };
 
+/// What a read of the file at `path` says: its image, or its message.
+inline std::string Reading(const std::string& path, bool readOnly) {
+  return Outcome([&] { return FlatFile(kFlatTokens, path.c_str(), false, readOnly).Image(); });
+}
+/// What a save of `text` to `path` says.
+inline std::string Saving(const std::string& path, bool coalesced, const char* text) {
+  FlatFile file(kFlatTokens, nullptr);
+  file.AttachToBuffer(text, path.c_str());
+  return Outcome([&] { return file.Save(coalesced, nullptr); });
+}
+
 #endif

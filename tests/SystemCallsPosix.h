@@ -9,15 +9,14 @@
 /// A call to the system on its way there.
 struct SystemCall {
   std::string name;   ///< "open", "flock", ...
-  int descriptor;     ///< -1 for a call by path
-  long argument;      ///< open: flags; flock: operation; fcntl: command; nanosleep: milliseconds
+  long argument;      ///< open: flags; flock: operation; nanosleep: milliseconds
   std::size_t bytes;  ///< read, write: asked for; a hook may make it fewer
 };
 
-/// Shows the calls of this thread to `hook` while it lives: stat, open, fstat, flock, fcntl, lseek,
-/// read, write, close and nanosleep, those of the library and of the C++ library, not what the C
-/// library calls within itself. A call fails with the reason that `hook` returns (a close closes
-/// all the same), or goes to the system for 0. Sleeps take no time.
+/// Shows the calls of this thread to `hook` while it lives: stat, open, fstat, flock, fcntl, read,
+/// write, close and nanosleep, those of the library and of the C++ library, not what the C library
+/// calls within itself. A call fails with the reason that `hook` returns (a close closes all the
+/// same), or goes to the system for 0. Sleeps take no time.
 class SystemCalls {
  public:
   using Hook = std::function<int(SystemCall&)>;
@@ -25,9 +24,6 @@ class SystemCalls {
   ~SystemCalls();
   SystemCalls(const SystemCalls&) = delete;
   SystemCalls& operator=(const SystemCalls&) = delete;
-
-  /// Lets `hook` decide on a call; -1 with the reason in `errno`, or 0. Without a `SystemCalls` 0.
-  static int Show(SystemCall& call);
 
  private:
   Hook hook_;

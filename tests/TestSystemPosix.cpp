@@ -3,8 +3,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,37 +13,27 @@ namespace TestSystem {
 
 namespace {
 
+std::shared_ptr<int> Open(const char* path, int flags) {
+  return {new int(open(path, flags | O_CLOEXEC)), [](int* descriptor) {
+            close(*descriptor);
+            delete descriptor;
+          }};
+}
+
 std::shared_ptr<void> LockWhole(const char* path, int flags, int operation) {
-  const std::shared_ptr<int> file(new int(open(path, flags)), [](int* descriptor) {
-    flock(*descriptor, LOCK_UN);
-    close(*descriptor);
-    delete descriptor;
-  });
+  const auto file = Open(path, flags);
   return flock(*file, operation | LOCK_NB) == 0 ? file : nullptr;
 }
 
-// The lock of a process, so another one takes it. That ends with the connection.
+// A lock of the open file, which keeps out another open file of this process as it would another
+// process.
 std::shared_ptr<void> LockRange(const char* path, short type, long offset = 0, long bytes = 0) {
-  int ends[2];
-  char taken = 0;
-  if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) return nullptr;
-  if (fork() == 0) {
-    close(ends[0]);
-    struct flock range = {};
-    range.l_type = type;
-    range.l_start = offset;
-    range.l_len = bytes;  // 0: to the end
-    taken = fcntl(open(path, O_RDWR), F_SETLK, &range) == 0;
-    _exit(send(ends[1], &taken, 1, 0) == 1 && recv(ends[1], &taken, 1, 0) == 0 ? 0 : 1);
-  }
-  close(ends[1]);
-  const std::shared_ptr<int> connection(new int(ends[0]), [](int* end) {
-    shutdown(*end, SHUT_RDWR);  // another child may have a copy
-    close(*end);
-    delete end;
-    wait(nullptr);
-  });
-  return recv(ends[0], &taken, 1, 0) == 1 && taken ? connection : nullptr;
+  const auto file = Open(path, O_RDWR);
+  struct flock range = {};
+  range.l_type = type;
+  range.l_start = offset;
+  range.l_len = bytes;  // 0: to the end
+  return fcntl(*file, F_OFD_SETLK, &range) == 0 ? file : nullptr;
 }
 
 }  // namespace
