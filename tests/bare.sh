@@ -59,6 +59,8 @@ debootstrap --variant=minbase bookworm "$system" "$mirror" >"$BARE_SYSTEM/log" 2
   could_not "debootstrap did not make the system"
 }
 mount -t proc proc "$system/proc"
+mount -t devpts devpts "$system/dev/pts"                   # apt and sudo complain where this
+echo "127.0.0.1 localhost $(hostname)" >"$system/etc/hosts" # and this is missing
 printf '%s\n' "$sources" >"$system/etc/apt/sources.list"
 apt-config dump | grep -E '^Acquire::(http|https|Check|ForceIPv|Retries)' >"$system/etc/apt/apt.conf.d/machine" || true
 chroot "$system" apt-get update -qq >"$BARE_SYSTEM/log" 2>&1 || { cat "$BARE_SYSTEM/log" >&2 && could_not "the mirror does not answer"; }

@@ -174,9 +174,9 @@ package() {
   dpkg-query -s libc6 libgcc-s1 libstdc++6 >"$database/status"
   touch "$database"/info/{libc6,libgcc-s1,libstdc++6}:"$(dpkg --print-architecture)".list
   mkdir "$scratch/bin"
-  ln -s "$(command -v true)" "$scratch/bin/ldconfig"  # which the package's script calls
+  ln -s "$(type -P true)" "$scratch/bin/ldconfig"  # which the package's script calls
   PATH=$scratch/bin:$PATH quiet dpkg --force-not-root --force-script-chrootless --no-triggers \
-    --root="$scratch/root" --install "$root"/build/package/*.deb
+    --log="$scratch/dpkg.log" --root="$scratch/root" --install "$root"/build/package/*.deb
   use "$scratch/root/usr"
   printf 'installed in a test root and used from there: ok\n'
 }
