@@ -24,13 +24,14 @@ struct Reader : ZelParser {
     if (throws) throw std::runtime_error("hook");
     return result;
   }
-  /// What the hook reads of a source, where `%name` is a file and all else a text.
-  std::string Read(const std::string& source, int tokens) {
-    const std::string path = Path(source.c_str());
+  /// What the hook reads of a source, where `%name` is a file and all else a text, which is read on
+  /// in the next call.
+  std::string Read(const char* source, int tokens) {
+    const std::string path = Path(source);
     limit = tokens;
     text.clear();
     try {
-      source[0] == '%' ? ParseFile(path.c_str(), this) : ParseBuffer(source.c_str(), this);
+      source[0] == '%' ? ParseFile(path.c_str(), this) : ParseBuffer(source, this);
     } catch (const std::exception& failure) {
       return typeid(failure) == typeid(std::exception) ? "(no file)" : failure.what();
     }
