@@ -65,6 +65,7 @@ int Check(const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc < 2) return std::cerr << "usage: check_config FILE...\n", 2;
   int findings = 0;
   for (int i = 1; i < argc; ++i) {
     findings += Check(argv[i]);
@@ -73,6 +74,7 @@ int main(int argc, char** argv) {
       std::cout << argv[i] << ": " << file.GetSectionCount() << " sections\n";
     } catch (const std::exception& error) {
       std::cout << error.what() << "\n";
+      ++findings;
     }
   }
   return findings == 0 ? 0 : 1;

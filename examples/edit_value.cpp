@@ -64,10 +64,15 @@ int main(int argc, char** argv) try {
                        ("edit_value-" + std::to_string(std::random_device()()));
   std::filesystem::copy_file(argv[1], scratch);
   Configuration::ConfigFile file(scratch.string().c_str(), false, false, false, argv[2], "#", "");
-  for (char** at = argv + 3; at + 1 < argv + argc;
-       at += *at == std::string_view("delete") ? 2 : 3) {
-    if (!Edit(file, at[0], at[1], at[2]))
-      std::cout << "not done: " << at[0] << " " << at[1] << "\n";
+  for (int at = 3; at < argc;) {
+    const int words = argv[at] == std::string_view("delete") ? 2 : 3;
+    if (argc - at < words) {
+      std::cout << "not done: " << argv[at] << " needs more\n";
+      break;
+    }
+    if (!Edit(file, argv[at], argv[at + 1], argv[at + 2]))
+      std::cout << "not done: " << argv[at] << " " << argv[at + 1] << "\n";
+    at += words;
   }
   file.Save(true, nullptr);
   const auto before = ReadLines(argv[1]);
