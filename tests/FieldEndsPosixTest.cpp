@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-// A record that ends where the process's memory does.
+// A record that ends where the process's memory does: to read on is a crash.
 #include "csv/FieldEnds.h"
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -18,17 +17,14 @@ TEST(CsvFieldEnds, ReadNoByteAfterTheRecord) {
   ASSERT_NE(pages, MAP_FAILED);
   char* const end = static_cast<char*>(pages) + page;
   ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
-  const auto goThrough = [end] {
-    for (std::size_t bytes = 1; bytes <= 200; ++bytes) {
-      char* const record = end - bytes;
-      std::memset(record, 'x', bytes - 1);
-      record[bytes - 1] = ',';
-      zelconfutils::FieldEnds ends(record, bytes, ',');
-      if (ends.Next() != bytes - 1 || ends.Next() < bytes) std::exit(1);
-    }
-    std::exit(0);
-  };
-  EXPECT_EXIT(goThrough(), testing::ExitedWithCode(0), "");
+  for (std::size_t bytes = 1; bytes <= 200; ++bytes) {
+    char* const record = end - bytes;
+    std::memset(record, 'x', bytes - 1);
+    record[bytes - 1] = ',';
+    zelconfutils::FieldEnds ends(record, bytes, ',');
+    EXPECT_EQ(ends.Next(), bytes - 1);
+    EXPECT_GE(ends.Next(), bytes);
+  }
   munmap(pages, 2 * page);
 }
 
