@@ -27,6 +27,14 @@ TEST(TextPool, UsualTextsLieSideBySide) {
   }
 }
 
+// A byte past a slab's end damages the heap, which the release of the slab tells.
+TEST(TextPool, TextsOfEachSizeKeepToTheirSlabs) {
+  for (std::size_t n = kShortest; n <= kLongestUsual; ++n) {
+    TextPool pool;
+    for (int i = 0; i < 40; ++i) std::memset(pool.Take(n), 'x', n + 1);
+  }
+}
+
 TEST(TextPool, WhatIsNotLentMayNotBeTouched) {
   if (Poison::kGapBytes == 0) GTEST_SKIP() << "only the address sanitizer can tell";
   TextPool pool;
