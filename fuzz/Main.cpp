@@ -6,13 +6,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "../tests/FailingNew.h"
+#include "../tests/TestFiles.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -28,8 +27,7 @@ int main(int argc, char** argv) {
   if (argc < 3) return 2;
   std::vector<std::string> inputs;
   for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-    std::ifstream file(entry.path(), std::ios::binary);
-    inputs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    inputs.push_back(TestFiles::Read(entry.path().string(), std::ios::binary));
   }
   std::sort(inputs.begin(), inputs.end());
   for (const std::string& input : inputs) Run(input);
@@ -43,7 +41,7 @@ int main(int argc, char** argv) {
     const long blocks = FailingNew::LiveBlocks();
     Run(input);
     if (FailingNew::LiveBlocks() == blocks) continue;
-    std::fprintf(stderr, "a leak\n");
+    std::fprintf(stderr, "a leak, %d inputs before the last\n", i - 1);
     return 1;
   }
   std::printf("%zu inputs kept, %s made\n", inputs.size(), argv[2]);

@@ -2,8 +2,7 @@
 #ifndef ZELCONFUTILS_TESTS_FILE_CALLS_H
 #define ZELCONFUTILS_TESTS_FILE_CALLS_H
 
-#include <cctype>
-#include <map>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -22,24 +21,13 @@ template <class File>
 struct FileCall {
   std::string text;  // as it is written, with the names of what it is made with
   std::string (*onFile)(File&, CallArguments&);
-  std::string (*onModel)(FileModel&, CallArguments&);
+  std::string (*onModel)(FileModel&, CallArguments&);  // null where there is none
 
   std::string Statement(const CallArguments& with) const {
-    const std::map<std::string, std::string> literals = {
-        {"key", Quoted(with.key)},
-        {"value", Quoted(with.value)},
-        {"size", std::to_string(with.size)},
-        {"otherSize", std::to_string(with.otherSize)}};
-    std::string statement, word;
-    for (const char c : text) {
-      if (std::isalpha(static_cast<unsigned char>(c))) {
-        word += c;
-        continue;
-      }
-      const auto literal = literals.find(word);
-      statement += (literal != literals.end() ? literal->second : word) + c;
-      word.clear();
-    }
+    std::string statement = text;
+    const std::size_t key = text.find("key"), value = text.find("value");
+    if (value != text.npos) statement.replace(value, 5, Quoted(with.value));
+    if (key != text.npos) statement.replace(key, 3, Quoted(with.key));
     return statement;
   }
 };
@@ -55,6 +43,8 @@ using FileCallTable = std::vector<FileCall<File>>;
   }
 #define CALL(call, step) \
   { #call, ZELCONFUTILS_WITH(File& file, file.call), ZELCONFUTILS_WITH(FileModel& m, m.step) }
+#define CALL_WITHOUT_MODEL(call) \
+  { #call, ZELCONFUTILS_WITH(File& file, file.call), nullptr }
 
 // clang-format off
 /// All that moves, reads or edits entries of a flat file, or those outside sections.
@@ -67,10 +57,10 @@ const FileCallTable<File>& EntryCalls() {
       CALL(GotoPreviousEntry(), GotoPrevious(m.entries)),
       CALL(GotoFirstEntry(), GotoFirst(m.entries)),
       CALL(GotoLastEntry(), GotoLast(m.entries)),
-      CALL(GetEntry(key, buffer, size), Read(m.entries, key, buffer, size)),
-      CALL(GetCurrentEntry(buffer, size, other, otherSize), ReadCurrent(m.entries, buffer, size, other, otherSize)),
-      CALL(GetCurrentEntry(buffer, size, nullptr, 0), ReadCurrent(m.entries, buffer, size, nullptr, 0)),
-      CALL(GetCurrentEntry(nullptr, 0, other, otherSize), ReadCurrent(m.entries, nullptr, 0, other, otherSize)),
+      CALL_WITHOUT_MODEL(GetEntry(key, buffer, size)),
+      CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, other, otherSize)),
+      CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, nullptr, 0)),
+      CALL_WITHOUT_MODEL(GetCurrentEntry(nullptr, 0, other, otherSize)),
       CALL(GetEntryCount(), Count(m.entries)),
       CALL(AddEntry(key, value, false), Add(m.entries, key, value)),
       CALL(AddEntry(key, value, true), AddAtTop(key, value)),
@@ -97,7 +87,7 @@ inline const FileCallTable<SectionFile>& SectionCalls() {
       CALL(GotoPreviousSection(), GotoPrevious(m.sections)),
       CALL(GotoFirstSection(), GotoFirst(m.sections)),
       CALL(GotoLastSection(), GotoLast(m.sections)),
-      CALL(GetSectionName(buffer, size), ReadName(buffer, size)),
+      CALL_WITHOUT_MODEL(GetSectionName(buffer, size)),
       CALL(GetSectionCount(), Count(m.sections)),
       CALL(SetSectionName(key), RenameSection(key)),
       CALL(AddSection(key, false), AddSection(key, false)),
@@ -119,10 +109,10 @@ inline const FileCallTable<SectionFile>& SectionEntryCalls() {
       CALL(GotoSecPrevEntry(), GotoPrevious(m.InSettledSection())),
       CALL(GotoSecFirstEntry(), GotoFirst(m.InSettledSection())),
       CALL(GotoSecLastEntry(), GotoLast(m.InSettledSection())),
-      CALL(GetSectionEntry(key, buffer, size), Read(m.InSettledSection(), key, buffer, size)),
-      CALL(GetSecCurrentEntry(buffer, size, other, otherSize), ReadCurrent(m.Cleared(m.InSettledSection()), buffer, size, other, otherSize)),
-      CALL(GetSecCurrentEntry(buffer, size, nullptr, 0), ReadCurrent(m.Cleared(m.InSettledSection()), buffer, size, nullptr, 0)),
-      CALL(GetSecCurrentEntry(nullptr, 0, other, otherSize), ReadCurrent(m.Cleared(m.InSettledSection()), nullptr, 0, other, otherSize)),
+      CALL_WITHOUT_MODEL(GetSectionEntry(key, buffer, size)),
+      CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, other, otherSize)),
+      CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, nullptr, 0)),
+      CALL_WITHOUT_MODEL(GetSecCurrentEntry(nullptr, 0, other, otherSize)),
       CALL(GetSecEntryCount(), Count(m.InSettledSection())),
       CALL(AddSectionEntry(key, value), Add(m.InSettledSection(), key, value)),
       CALL(InsertSectionEntry(key, value, false), InsertIn(m.InSettledSection(), key, value)),
@@ -134,20 +124,19 @@ inline const FileCallTable<SectionFile>& SectionEntryCalls() {
       CALL(DeleteSectionEntry(), DeleteCurrent(m.Cleared(m.InSection())))};
   return calls;
 }
-/// Of the file; a model knows them otherwise.
+/// Of the file.
 template <class File>
 const FileCallTable<File>& LifeCalls() {
   static const FileCallTable<File> calls = {
-      {"Save(false, nullptr)", ZELCONFUTILS_WITH(File& file, file.Save(false, nullptr)), nullptr},
-      {"Save(true, nullptr)", ZELCONFUTILS_WITH(File& file, file.Save(true, nullptr)), nullptr},
-      {"SaveToBuffer(buffer, size)", ZELCONFUTILS_WITH(File& file, file.SaveToBuffer(buffer, size)), nullptr},
-      {"Reload()", ZELCONFUTILS_WITH(File& file, file.Reload()), nullptr},
-      {"AttachToBuffer(value, nullptr)", ZELCONFUTILS_WITH(File& file, file.AttachToBuffer("y=2\n", nullptr)), nullptr}};
+      CALL_WITHOUT_MODEL(Save(false, nullptr)),
+      CALL_WITHOUT_MODEL(Save(true, nullptr)),
+      CALL_WITHOUT_MODEL(SaveToBuffer(buffer, size)),
+      CALL_WITHOUT_MODEL(Reload()),
+      CALL_WITHOUT_MODEL(AttachToBuffer(value, nullptr))};
   return calls;
 }
 // clang-format on
 
-/// All that works on the content.
 template <class File>
 FileCallTable<File> AllCalls() {
   FileCallTable<File> all = EntryCalls<File>();
@@ -158,10 +147,12 @@ FileCallTable<File> AllCalls() {
   } else {
     add(FlatOnlyCalls());
   }
+  add(LifeCalls<File>());
   return all;
 }
 
 #undef CALL
+#undef CALL_WITHOUT_MODEL
 #undef ZELCONFUTILS_WITH
 
 #endif

@@ -3,7 +3,6 @@
 #define ZELCONFUTILS_TESTS_FILE_FIXTURES_H
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +14,7 @@
 #include "MultiSectionFile.h"
 #include "Quoted.h"
 #include "TestFiles.h"
+#include "multisection/ConfigSection.h"
 
 struct FileTokens {
   const char *keyword, *start, *stop, *separator, *comment, *prefix;
@@ -73,41 +73,19 @@ inline std::string DumpText(const std::string& image, const std::string& entries
          "\nsections:    " + sections + "\ndelete mark: " + (deleteMark ? "set" : "clear") + "\n";
 }
 
-/// One of an object's cursors, by what a caller has for it. No call tells where a cursor is: it is
-/// found by stepping back, which moves it; from unset, `Advance` takes it there again.
-struct CursorCalls {
-  std::function<std::size_t()> count;
-  std::function<bool()> toFirst, toNext, toPrevious;
-  std::function<bool()> add, remove;  // an element of its own at the end of the list
-  std::function<std::string()> element;
+template <class Element, class Show>
+std::string ListText(Configuration::LinkedList<Element>& list,
+                     Configuration::LinkedListPosition<Element> cursor, Show show) {
+  std::vector<std::string> elements;
+  CursorPlace place;
+  for (auto at = list.First();; at.StepForward()) {
+    if (at == cursor) place = elements.size();
+    if (at.IsEnd()) return ListText(elements, place);
+    elements.push_back(show(*at));
+  }
+}
 
-  CursorPlace Find() const {
-    if (count() == 0) {  // only an element that is added tells unset from end
-      if (!add()) return 0;
-      const CursorPlace place = toPrevious() ? CursorPlace(0) : std::nullopt;
-      remove();
-      return place;
-    }
-    std::size_t steps = 0;
-    while (steps <= count() && toPrevious()) ++steps;
-    if (steps > 0) return steps;
-    toNext();  // from unset to the first element, from the first away from it
-    return toPrevious() ? CursorPlace(0) : std::nullopt;
-  }
-  void Advance(CursorPlace place) const {
-    for (std::size_t steps = 0; place >= steps; ++steps) toNext();
-  }
-  std::string List(CursorPlace place) const {
-    std::vector<std::string> elements;
-    for (bool more = toFirst(); more && elements.size() <= count(); more = toNext()) {
-      elements.push_back(element());
-    }
-    return ListText(elements, place);
-  }
-};
-
-/// A file object with verbs for tests. What it shows is got by public operations and leaves every
-/// cursor where it was; the delete mark is read, and put back, as a derived class can.
+/// A file object with verbs for tests. A look at it changes nothing: it reads the members.
 template <class Base>
 class FileFixture : public Base {
  public:
@@ -122,91 +100,39 @@ class FileFixture : public Base {
   }
 
   std::string Image() {
-    std::string image(1024, '~');
-    while (!this->SaveToBuffer(image.data(), image.size())) image.assign(2 * image.size(), '~');
-    return image.substr(0, image.rfind('\0'));
+    std::string image(this->lines->totalLength + 1, '~');
+    if (!this->SaveToBuffer(image.data(), image.size())) return "(longer than its lines)";
+    image.pop_back();
+    return image;
   }
   /// The entries (of a sectioned file those outside sections), and their cursor.
-  std::string Entries() { return Look().entries; }
+  std::string Entries() {
+    if constexpr (kHasSections) return EntriesText(*this->entries, *this->entryCursor);
+    if constexpr (!kHasSections) return EntriesText(*this->entries, *this->cursor);
+  }
   /// The sections with their entries, and all their cursors.
-  std::string Sections() { return Look().sections; }
+  std::string Sections() {
+    if constexpr (kHasSections) {
+      if (!this->sections->IsEmpty()) {
+        return ListText(*this->sections, *this->sectionCursor, [](auto& section) {
+          return SectionText(std::string(section.Name()),
+                             EntriesText(section.entries, section.entryCursor));
+        });
+      }
+    }
+    return "(none)";
+  }
   std::string Dump() {
     if (IsTornDown()) return "torn down\n";
-    const Seen seen = Look();
-    return DumpText(Image(), seen.entries, seen.sections, DeleteMark());
+    return DumpText(Image(), Entries(), Sections(), DeleteMark());
   }
 
- protected:
-  struct Seen {
-    std::string entries, sections = "(none)";
-  };
-  Seen Look() {
-    const bool mark = this->afterDelete;
-    Seen seen;
-    const CursorCalls topLevel = TopLevel();
-    const CursorPlace place = topLevel.Find();
-    seen.entries = topLevel.List(place);
-    if constexpr (kHasSections) {
-      const CursorCalls sectionList = SectionList();
-      const bool hasSections = this->GetSectionCount() > 0;
-      const CursorPlace section = hasSections ? sectionList.Find() : std::nullopt;
-      if (hasSections) seen.sections = sectionList.List(section);
-      this->Restart();
-      sectionList.Advance(section);
-    } else {
-      this->Restart();
-    }
-    topLevel.Advance(place);
-    this->afterDelete = mark;
-    return seen;
-  }
-  CursorCalls TopLevel() {
-    return {[this] { return this->GetEntryCount(); },
-            [this] { return this->GotoFirstEntry(); },
-            [this] { return this->GotoNextEntry(); },
-            [this] { return this->GotoPreviousEntry(); },
-            [this] { return this->AddEntry("~", "", false); },
-            [this] { return this->DeleteEntry("~"); },
-            [this] { return CurrentText(&Base::GetCurrentEntry); }};
-  }
-  CursorCalls SectionList() {
-    return {[this] { return this->GetSectionCount(); },
-            [this] { return this->GotoFirstSection(); },
-            [this] { return this->GotoNextSection(); },
-            [this] { return this->GotoPreviousSection(); },
-            nullptr,
-            nullptr,
-            [this] { return SectionText(); }};
-  }
-  std::string SectionText() {
-    const CursorCalls calls = {[this] { return this->GetSecEntryCount(); },
-                               [this] { return this->GotoSecFirstEntry(); },
-                               [this] { return this->GotoSecNextEntry(); },
-                               [this] { return this->GotoSecPrevEntry(); },
-                               [this] { return this->AddSectionEntry("~", ""); },
-                               [this] { return this->DeleteSectionEntry("~"); },
-                               [this] { return CurrentText(&Base::GetSecCurrentEntry); }};
-    const CursorPlace place = calls.Find();
-    const std::string listed = calls.List(place);
-    this->RestartSection();
-    calls.Advance(place);
-    return ::SectionText(
-        Copied([this](char* to, std::size_t size) { return this->GetSectionName(to, size); }),
-        listed);
-  }
-  std::string CurrentText(std::size_t (Base::*read)(char*, std::size_t, char*, std::size_t)) {
-    return EntryText(
-        Copied([&](char* to, std::size_t size) { return (this->*read)(to, size, nullptr, 0); }),
-        Copied([&](char* to, std::size_t size) { return (this->*read)(nullptr, 0, to, size); }));
-  }
-  // The whole text that `copy` writes when there is room enough.
-  template <class Copy>
-  static std::string Copied(Copy copy) {
-    std::string text(3000, '~');
-    std::size_t length = copy(text.data(), text.size());
-    if (length == kTooSmall) text.resize(1000000);
-    if (length == kTooSmall) length = copy(text.data(), text.size());
-    return length < text.size() ? text.substr(0, length) : "(not to be read)";
+ private:
+  static std::string EntriesText(Configuration::ConfigEntryList& entries,
+                                 Configuration::ConfigEntryPosition cursor) {
+    return ListText(entries, cursor, [](auto& entry) {
+      return EntryText(std::string(entry.Name()), std::string(entry.Value()));
+    });
   }
 };
 

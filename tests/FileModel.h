@@ -84,7 +84,7 @@ class FileModel {
   }
   Lines& InSettledSection() { return Settled(sections), InSection(); }
 
-  // --- Steps of a cursor, and reads; all but the last two clear the mark ---
+  // --- Steps of a cursor; they clear the mark ---
 
   bool Goto(auto& list, Text name) { return Cleared(list).To(list.Find(name)); }
   bool GotoFirst(auto& list) { return Cleared(list).To(0); }
@@ -101,23 +101,6 @@ class FileModel {
   }
   void Unset(auto& list) { Cleared(list).at = {}; }
   void Restart() { Unset(entries), Unset(sections); }
-  size_t Read(Lines& list, Text key, char* buffer, size_t size) {
-    const size_t found = Cleared(list).Find(key);
-    if (found < list.End()) return CopyOut(list.all[found]->value, buffer, size);
-    std::fill_n(buffer, size, '\0');
-    return 0;
-  }
-  size_t ReadName(char* buffer, size_t size) {
-    Settled(Cleared(sections));
-    return sections.IsAtElement() ? CopyOut(sections.Current().key, buffer, size) : kTooSmall;
-  }
-  size_t ReadCurrent(Lines& list, char* key, size_t keySize, char* value, size_t valueSize) {
-    if (!Settled(list).IsAtElement()) return 0;
-    const size_t ofKey = key != nullptr ? CopyOut(list.Current().key, key, keySize) : 0;
-    if (ofKey == kTooSmall || value == nullptr) return ofKey;
-    const size_t ofValue = CopyOut(list.Current().value, value, valueSize);
-    return ofKey == 0 || ofValue == kTooSmall ? ofValue : ofKey;
-  }
   size_t Count(const auto& list) const { return list.End(); }
 
   // --- Edits of entries ---
@@ -272,12 +255,6 @@ class FileModel {
   }
 
  private:
-  static size_t CopyOut(Text text, char* buffer, size_t size) {
-    const bool fits = size > text.size();
-    std::fill_n(buffer, fits ? text.size() + 1 : size, '\0');
-    if (fits) text.copy(buffer, text.size());
-    return fits ? text.size() : kTooSmall;
-  }
   size_t LineOf(const std::shared_ptr<Line>& line) const {
     return static_cast<size_t>(std::find(lines.all.begin(), lines.all.end(), line) -
                                lines.all.begin());

@@ -88,8 +88,7 @@ struct Written {
 /// The call of the table that is written so, and what it is made with.
 template <class File>
 FileCall<File> Find(const Written& call, CallArguments& with) {
-  FileCallTable<File> calls = AllCalls<File>();
-  calls.insert(calls.end(), LifeCalls<File>().begin(), LifeCalls<File>().end());
+  static const FileCallTable<File> calls = AllCalls<File>();
   for (const FileCall<File>& candidate : calls) {
     Scanner line(candidate.text);
     const Written known(line);
@@ -163,9 +162,9 @@ class Rule : public testing::Test {
     do {
       CallArguments with;
       const FileCall<File> call = Find<File>(Written(line), with);
-      const std::string result = call.onFile(file, with), statement = call.Statement(with);
+      const std::string result = call.onFile(file, with);
       if (!line.Take("=")) continue;  // only what comes after is told
-      Expect(row, "result of " + statement, line.Word(), result);
+      Expect(row, "result of " + call.text, line.Word(), result);
       const std::string after = "~~~~";
       if (line.HasText()) Expect(row, "buffer", Quoted(line.Text() + after), Quoted(with.buffer));
       if (line.HasText())
