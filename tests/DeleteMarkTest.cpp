@@ -15,24 +15,20 @@ namespace {
 /// A file in which a delete has just left a cursor somewhere.
 template <class File>
 struct AfterDelete {
-  const char *where, *text;
+  const char* text;
   bool (*erase)(File&);
 };
-const std::vector<AfterDelete<FlatFile>> kFlat = {
-    {"on an entry", "y=2\nx=1\ny=2\n", [](FlatFile& f) { return f.DeleteEntry("x"); }},
-    {"at end", "y=2\nx=1\n", [](FlatFile& f) { return f.DeleteEntry("x"); }}};
-const std::vector<AfterDelete<SectionFile>> kTopLevel = {
-    {"on an entry", "y=2\nx=1\ny=2\n", [](SectionFile& f) { return f.DeleteEntry("x"); }},
-    {"at end", "y=2\nx=1\n", [](SectionFile& f) { return f.DeleteEntry("x"); }}};
+template <class File>
+const std::vector<AfterDelete<File>> kEntries = {
+    {"y=2\nx=1\ny=2\n", [](File& f) { return f.DeleteEntry("x"); }},
+    {"y=2\nx=1\n", [](File& f) { return f.DeleteEntry("x"); }}};
 const std::vector<AfterDelete<SectionFile>> kSections = {
-    {"at a section", "y{\n}\nx{\n}\ny{\n}\n",
-     [](SectionFile& f) { return f.DeleteSection("x") == 2; }},
-    {"at end", "y{\n}\nx{\n}\n", [](SectionFile& f) { return f.DeleteSection("x") == 1; }}};
+    {"y{\n}\nx{\n}\ny{\n}\n", [](SectionFile& f) { return f.DeleteSection("x") == 2; }},
+    {"y{\n}\nx{\n}\n", [](SectionFile& f) { return f.DeleteSection("x") == 1; }}};
 const std::vector<AfterDelete<SectionFile>> kSectionEntries = {
-    {"on an entry", "{\ny=2\nx=1\ny=2\n}\n",
-     [](SectionFile& f) { return f.DeleteSectionEntry("x"); }},
-    {"at end", "{\ny=2\nx=1\n}\n", [](SectionFile& f) { return f.DeleteSectionEntry("x"); }},
-    {"no section", "y=2\nx=1\n", [](SectionFile& f) { return f.DeleteEntry("x"); }}};
+    {"{\ny=2\nx=1\ny=2\n}\n", [](SectionFile& f) { return f.DeleteSectionEntry("x"); }},
+    {"{\ny=2\nx=1\n}\n", [](SectionFile& f) { return f.DeleteSectionEntry("x"); }},
+    {"y=2\nx=1\n", [](SectionFile& f) { return f.DeleteEntry("x"); }}};
 
 /// What the call does to the mark, in each of the files.
 template <class File, class Call>
@@ -55,14 +51,9 @@ std::string Effects(const std::vector<AfterDelete<File>>& files, Call call) {
 /// Each call is made with a key that is not there and another value, and with those that are; it
 /// has two rows where that makes a difference.
 template <class File>
-std::string Table(const char* title, const std::vector<AfterDelete<File>>& files,
+std::string Table(const char* head, const std::vector<AfterDelete<File>>& files,
                   const FileCallTable<File>& calls) {
-  std::string table = std::string("| ") + title + " |", rule = "|---|", last;
-  for (const AfterDelete<File>& after : files) {
-    table += std::string(" ") + after.where + " |";
-    rule += "---|";
-  }
-  table += "\n" + rule + "\n";
+  std::string table = head, last;
   for (const FileCall<File>& call : calls) {
     const auto row = [&](const std::string& name, const CallArguments& with) {
       return "| `" + name + "` |" + Effects(files, [&](File& file) {
@@ -84,13 +75,20 @@ std::string Table(const char* title, const std::vector<AfterDelete<File>>& files
 }
 
 TEST(DeleteMark, EachCallClearsOrKeepsItAsThePageSays) {
-  const char* const title = "entries of a `ConfigFile`, and those outside sections";
-  const std::string flat = Table(title, kFlat, EntryCalls<FlatFile>());
-  EXPECT_EQ(flat, Table(title, kTopLevel, EntryCalls<SectionFile>()));
-  const std::string tables = flat + Table("`ConfigFile` alone", kFlat, FlatOnlyCalls()) +
-                             Table("sections", kSections, SectionCalls()) +
-                             Table("entries of a section", kSectionEntries, SectionEntryCalls()) +
-                             Table("the file", kFlat, LifeCalls<FlatFile>());
+  const char* const entries =
+      "| entries of a `ConfigFile`, and those outside sections | on an entry | at end |\n"
+      "|---|---|---|\n";
+  const std::string flat = Table(entries, kEntries<FlatFile>, EntryCalls<FlatFile>());
+  EXPECT_EQ(flat, Table(entries, kEntries<SectionFile>, EntryCalls<SectionFile>()));
+  const std::string tables =
+      flat +
+      Table("| `ConfigFile` alone | on an entry | at end |\n|---|---|---|\n", kEntries<FlatFile>,
+            FlatOnlyCalls()) +
+      Table("| sections | at a section | at end |\n|---|---|---|\n", kSections, SectionCalls()) +
+      Table("| entries of a section | on an entry | at end | no section |\n|---|---|---|---|\n",
+            kSectionEntries, SectionEntryCalls()) +
+      Table("| the file | on an entry | at end |\n|---|---|---|\n", kEntries<FlatFile>,
+            LifeCalls<FlatFile>());
   const std::string page = TestFiles::Read(ZELCONFUTILS_CURSORS_PAGE),
                     begin = "<!-- tables -->\n\n";
   const std::size_t at = page.find(begin) + begin.size();
