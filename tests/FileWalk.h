@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -71,39 +72,25 @@ class FileWalk {
  private:
   using string = std::string;
 
+  /// `<` stands for the start token, `[` for it without a leading line feed, `>` for the stop
+  /// token.
   std::vector<string> ContentPieces() const {
-    const string start = tokens.start, stop = tokens.stop, is = tokens.separator;
-    const string comment = tokens.comment, named = string(tokens.keyword) + " a" + start;
-    const string nul(1, '\0'), run(1020, 'L');
-    return {"a",
-            "b",
-            " ",
-            is,
-            comment,
-            "\xA0",
-            start.substr(start[0] == '\n'),
-            named,
-            "b" + start,
-            start,
-            "a\n",
-            stop,
-            stop,
-            " " + stop,
-            comment + stop,
-            " " + comment + stop,
-            "a" + is + " 1 \n",
-            is + "v\n",
-            " b" + is + "2\n",
-            "k" + is + stop,
-            "k" + is + start,
-            " \n",
-            "\r\n",
-            "\n",
-            "\n",
-            nul,
-            run + is + stop + "1\n",
-            run + "x" + is + is + "\n",
-            "\xFF" + is + "\x85"};
+    const string start = tokens.start;
+    const std::map<char, string> meanings = {
+        {'<', start},           {'[', start.substr(start[0] == '\n')},
+        {'>', tokens.stop},     {'=', tokens.separator},
+        {'#', tokens.comment},  {'@', tokens.keyword},
+        {'0', string(1, '\0')}, {'L', string(1020, 'L')}};
+    std::vector<string> pieces = {
+        "a",   "b",    " ",  "=",  "#",   "\xA0",    "[",      "@ a<",   "b<",       "<",   "a\n",
+        ">",   ">",    " >", "#>", " #>", "a= 1 \n", "=v\n",   " b=2\n", "  =\n",    "k=>", "k=<",
+        " \n", "\r\n", "\n", "\n", "0",   "0=\n",    "L=>1\n", "Lx==\n", "\xFF=\x85"};
+    for (string& piece : pieces) {
+      string text;
+      for (const char c : piece) text += meanings.contains(c) ? meanings.at(c) : string(1, c);
+      piece = text;
+    }
+    return pieces;
   }
 
   void Step() {

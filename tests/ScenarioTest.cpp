@@ -2,6 +2,7 @@
 // Runs the scenarios of tests/scenarios: each rule is a test of that name.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -55,6 +56,22 @@ class Scanner {
     } while (Take("+"));
     return all;
   }
+  /// What is written as `call`, with literals for the names in it.
+  bool TakeAs(std::string_view call, CallArguments& with) {
+    for (Scanner expected(call); !expected.AtEnd(); expected.rest.remove_prefix(1)) {
+      const std::string name = expected.Word();
+      if (name == "key" || name == "value") {
+        if (!HasText()) return false;
+        (name == "key" ? with.key : with.value) = Text();
+      } else if (name == "size" || name == "otherSize") {
+        (name == "size" ? with.size : with.otherSize) = std::strtoul(Word().c_str(), nullptr, 10);
+      } else if (Word() != name) {
+        return false;
+      }
+      if (!Take(expected.rest.substr(0, 1))) return false;
+    }
+    return true;
+  }
   bool AtEnd() { return Take("") && rest.empty(); }
 
  private:
@@ -72,43 +89,19 @@ class Scanner {
   std::string_view rest;
 };
 
-/// A call with its arguments, as a scenario and the table of calls write it.
-struct Written {
-  std::string name;
-  std::vector<std::string> words;  // those that are texts begin with a quotation mark
-  explicit Written(Scanner& line) : name(line.Word()) {
-    line.Need("(");
-    while (!line.Take(")")) {
-      words.push_back(line.HasText() ? '"' + line.Text() : line.Word());
-      line.Take(",");
-    }
-  }
-};
-
-/// The call of the table that is written so, and what it is made with.
+/// Takes the call of the table that is written there, and what it is made with.
 template <class File>
-FileCall<File> Find(const Written& call, CallArguments& with) {
+FileCall<File> TakeCall(Scanner& line, CallArguments& with) {
   static const FileCallTable<File> calls = AllCalls<File>();
-  for (const FileCall<File>& candidate : calls) {
-    Scanner line(candidate.text);
-    const Written known(line);
-    bool fits = known.name == call.name && known.words.size() == call.words.size();
+  for (const FileCall<File>& call : calls) {
+    Scanner rest = line;
     with = {};
-    for (std::size_t i = 0; fits && i < known.words.size(); ++i) {
-      const std::string &name = known.words[i], &word = call.words[i];
-      if (name == "key" || name == "value") {
-        fits = word[0] == '"';
-        (name == "key" ? with.key : with.value) = word.substr(fits);
-      } else if (name == "size" || name == "otherSize") {
-        (name == "size" ? with.size : with.otherSize) = std::stoul(word);
-      } else {
-        fits = word == name;
-      }
-    }
+    if (!rest.TakeAs(call.text, with)) continue;
+    line = rest;
     with = {with.key, with.value, with.size, with.otherSize};  // and buffers of these sizes
-    if (fits) return candidate;
+    return call;
   }
-  throw std::runtime_error("no call " + call.name);
+  throw std::runtime_error("no call " + line.Word());
 }
 
 struct Row {
@@ -161,7 +154,7 @@ class Rule : public testing::Test {
     if (line.Take("-")) return;
     do {
       CallArguments with;
-      const FileCall<File> call = Find<File>(Written(line), with);
+      const FileCall<File> call = TakeCall<File>(line, with);
       const std::string result = call.onFile(file, with);
       if (!line.Take("=")) continue;  // only what comes after is told
       Expect(row, "result of " + call.text, line.Word(), result);
