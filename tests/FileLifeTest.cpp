@@ -112,7 +112,7 @@ TYPED_TEST(FileLife, KeepsEveryByteBeyondTheBuffers) {
   auto line = [n = 0](std::size_t bytes) mutable {
     return std::string(bytes - 1, static_cast<char>('a' + n++ % 26)) + "\n";
   };
-  std::string block;  // what a writer's block of 32768 bytes holds, less 32 bytes
+  std::string block;  // what two of a writer's blocks hold, less 32 bytes
   while (block.size() < 32 * 1023) block += line(1023);
   std::string small;  // more lines than the largest slab of a pool holds
   while (small.size() < 300000) small += "ab=1\n";
@@ -141,7 +141,7 @@ TYPED_TEST(FileLife, EachLineKeepsToItsOwnBytes) {
     const std::size_t is = text.find('=');
     file.SetEntry(text.substr(0, is).c_str(), text.substr(is + 1, text.size() - is - 2).c_str());
   };
-  TypeParam file({"section", "{\n", "}\n", "=", "#", ""}, "", true, false, true);
+  TypeParam file(kPresetTokens, nullptr);
   std::string even, odd;
   for (const std::size_t more : {0u, 34u, 67u}) {  // a new line has room for 33 bytes, then for 32
     for (std::size_t n = 1; n <= 300; ++n) set(file, line(n, more));
