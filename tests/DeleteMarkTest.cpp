@@ -78,17 +78,18 @@ TEST(DeleteMark, EachCallClearsOrKeepsItAsThePageSays) {
   const char* const entries =
       "| entries of a `ConfigFile`, and those outside sections | on an entry | at end |\n"
       "|---|---|---|\n";
-  const std::string flat = Table(entries, kEntries<FlatFile>, EntryCalls<FlatFile>());
-  EXPECT_EQ(flat, Table(entries, kEntries<SectionFile>, EntryCalls<SectionFile>()));
+  const std::string flat = Table(entries, kEntries<FlatFile>, kEntryCalls<FlatFile>);
+  EXPECT_EQ(flat, Table(entries, kEntries<SectionFile>, kEntryCalls<SectionFile>));
   const std::string tables =
       flat +
       Table("| `ConfigFile` alone | on an entry | at end |\n|---|---|---|\n", kEntries<FlatFile>,
-            FlatOnlyCalls()) +
-      Table("| sections | at a section | at end |\n|---|---|---|\n", kSections, SectionCalls()) +
+            kFlatOnlyCalls<FlatFile>) +
+      Table("| sections | at a section | at end |\n|---|---|---|\n", kSections,
+            kSectionCalls<SectionFile>) +
       Table("| entries of a section | on an entry | at end | no section |\n|---|---|---|---|\n",
-            kSectionEntries, SectionEntryCalls()) +
+            kSectionEntries, kSectionEntryCalls<SectionFile>) +
       Table("| the file | on an entry | at end |\n|---|---|---|\n", kEntries<FlatFile>,
-            LifeCalls<FlatFile>());
+            kLifeCalls<FlatFile>);
   const std::string page = TestFiles::Read(ZELCONFUTILS_CURSORS_PAGE),
                     begin = "<!-- tables -->\n\n";
   const std::size_t at = page.find(begin) + begin.size();
