@@ -93,14 +93,6 @@ TEST(Tree, CallsOnATree) {
   }
 }
 
-TEST(Tree, ACopyIsATreeOfItsOwn) {
-  Fixture f;
-  ZelSectionHolder copy(f.tree);
-  copy.GetRootItem()->AddChild("n")->AddChild("m");
-  EXPECT_EQ(TreeText(f.root), kTree);
-  EXPECT_EQ(TreeText(copy.GetRootItem()), "r: k/v(a: x() e:() n:(m:()))");
-}
-
 TEST(TreeWalk, GoesFromANodeToAllBelowInOrder) {
   Fixture f;
   EXPECT_EQ(TreeText(f.root, "c:"), "r: k/v(a: x(b:() c:) e:())") << "not below, and not left";
