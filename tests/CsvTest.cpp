@@ -105,14 +105,16 @@ TEST(Csv, GetRowStaysFalseAtTheEndUntilTheFileGrows) {
 }
 
 TEST(Csv, CopiesShareTheOpenFileAndItsPosition) {
+  const std::string path = Write("x\ny");
   const int openFiles = TestSystem::OpenFiles();
+  const long blocks = FailingNew::LiveBlocks();
   {
     CsvDocument document, assigned;
     CsvDocumentRow row;
     auto kind = SemicolonDelimiter;
     document.SetFieldDelimiter(kind);
     document.SetFieldSpecialToken('\'');
-    assigned.Load(Write("x\ny").c_str());
+    assigned.Load(path.c_str());
     EXPECT_EQ(AllRows(assigned), "[x]+ [y].");
     document.Load(Write("1\n2\n3;'3'\n4").c_str());
     document.GetRow(row);
@@ -129,6 +131,7 @@ TEST(Csv, CopiesShareTheOpenFileAndItsPosition) {
     EXPECT_FALSE(document.GetRow(row) || document.IsCsvRecordPresence());
   }
   EXPECT_EQ(TestSystem::OpenFiles(), openFiles);
+  EXPECT_EQ(FailingNew::LiveBlocks(), blocks) << "a leak";
 }
 
 TEST(CsvRow, FieldsAreTheRowsOwnAndWrapAt65536) {

@@ -40,10 +40,11 @@ inline std::string TokenText(const ZelLexToken& token) {
   return kNames[token.kind] + (' ' + Quoted(token.text));
 }
 
-/// The tokens up to the end, each with a blank after it. A copy of the lexer goes on where it was.
+/// The tokens up to the end, each with a blank after it; only the first ones of a lexer that finds
+/// no end. A copy of the lexer goes on where it was.
 inline std::string AllTokens(ZelLex& lexer) {
   std::string text;
-  while (const ZelLexToken* token = lexer.GetToken()) {
+  for (const ZelLexToken* token; text.size() < 100000 && (token = lexer.GetToken()) != nullptr;) {
     text += TokenText(*token) + ' ';
     lexer = ZelLex(lexer);
   }
