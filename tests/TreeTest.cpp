@@ -85,8 +85,8 @@ TEST(Tree, CallsOnATree) {
   };
   trace.reserve(1000);
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.rule);
     FailingNew::ForEachAllocationOn<Fixture>(row.call, [&row](Fixture& f, bool failed) {
-      SCOPED_TRACE(row.rule);
       EXPECT_EQ(TreeText(f.root), failed ? kTree : row.tree);
       EXPECT_EQ(TreeText(f.target.GetRootItem()), failed ? kTarget : row.target);
     });
