@@ -167,8 +167,12 @@ TEST(Section, IsEqualWithANamePairByPair) {
 TEST(SectionEntry, ATextKeepsItsBlock) {
   E entry = Entry("k/v");
   const char* const value = entry.GetValue();
-  entry.SetValue(k511.c_str());
-  entry = Entry("k/w");
+  const E other = Entry("k/w");
+  const auto change = [&] {
+    entry.SetValue(k511.c_str());
+    entry = other;
+  };
+  EXPECT_EQ(FailingNew::ForEachAllocation(change, [](bool) {}), 0);
   EXPECT_EQ(entry.GetValue(), value);
 }
 
