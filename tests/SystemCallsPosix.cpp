@@ -19,10 +19,14 @@ namespace {
 
 thread_local SystemCalls::Hook* shown = nullptr;
 
-/// The C library's function of that name and type.
+/// The C library's function of that name and type. A function that has offsets in it may have a
+/// name of its own for those of 64 bits, and on a 32-bit system another layout: that one comes
+/// first.
 template <class Function>
-Function* Real(Function*, const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+Function* Real(Function*, const char* name, const char* nameFor64 = nullptr) {
+  void* found = nameFor64 != nullptr ? dlsym(RTLD_NEXT, nameFor64) : nullptr;
+  if (found == nullptr) found = dlsym(RTLD_NEXT, name);
+  return reinterpret_cast<Function*>(found);
 }
 
 /// Lets the hook decide on a call. Where it refuses, its reason is in `errno`.
@@ -45,17 +49,17 @@ SystemCalls::~SystemCalls() { shown = nullptr; }
 extern "C" {
 
 int stat(const char* path, struct stat* status) noexcept {
-  static const auto real = Real(&stat, "stat");
+  static const auto real = Real(&stat, "stat", "stat64");
   return IsRefused({"stat", 0, 0}) ? -1 : real(path, status);
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {
-  static const auto real = Real(&fstat, "fstat");
+  static const auto real = Real(&fstat, "fstat", "fstat64");
   return IsRefused({"fstat", 0, 0}) ? -1 : real(descriptor, status);
 }
 
 int open(const char* path, int flags, ...) {
-  static const auto real = Real(&open, "open");
+  static const auto real = Real(&open, "open", "open64");
   std::va_list rest;
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
@@ -69,7 +73,7 @@ int flock(int descriptor, int operation) noexcept {
 }
 
 int fcntl(int descriptor, int command, ...) {
-  static const auto real = Real(&fcntl, "fcntl");
+  static const auto real = Real(&fcntl, "fcntl", "fcntl64");
   std::va_list rest;
   va_start(rest, command);
   void* const argument = va_arg(rest, void*);  // an int is passed alike
