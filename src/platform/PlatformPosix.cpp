@@ -184,7 +184,7 @@ bool ProvidePages(void* block, std::size_t bytes, bool large) {
     const std::uintptr_t pieceEnd =
         std::min<std::uintptr_t>((at / kLargePageBytes + 1) * kLargePageBytes, end);
     const std::size_t pieceBytes = pieceEnd - at;
-    void* const piece = reinterpret_cast<void*>(at);
+    void* const piece = static_cast<char*>(block) + (at - start);
     at = pieceEnd;
     const bool asked = large && pieceBytes == kLargePageBytes;
     if (asked) madvise(piece, pieceBytes, MADV_HUGEPAGE);
