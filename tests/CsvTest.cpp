@@ -116,7 +116,8 @@ TEST(Csv, CopiesShareTheOpenFileAndItsPosition) {
     document.SetFieldSpecialToken('\'');
     assigned.Load(path.c_str());
     EXPECT_EQ(AllRows(assigned), "[x]+ [y].");
-    document.Load(Write("1\n2\n3;'3'\n4").c_str());
+    TestFiles::Write(Path("b"), "1\n2\n3;'3'\n4", std::ios::binary);
+    document.Load(Path("b").c_str());
     document.GetRow(row);
     FailingNew::ForEachAllocation(
         [&] { assigned = document; },
