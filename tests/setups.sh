@@ -54,16 +54,24 @@ tgz() {
   holds '/LICENSE$' "$scratch/list"
 }
 
-# machine TRIPLET QEMU: a cross build whose programs run emulated. Tests by way of a script start them
-# as if they were this machine's and stay out.
+# machine TRIPLET STARTER: a cross build, and what starts its programs: an emulator. Tests by way of a
+# script start them as if they were this machine's and stay out.
 machine() {
   local not_here='installed_library|page_|example_(set_safely|locked_update)'
   whole -DCMAKE_SYSTEM_NAME=Linux -DCMAKE_SYSTEM_PROCESSOR="${1%%-*}" -DCMAKE_C_COMPILER="$1-gcc" -DCMAKE_CXX_COMPILER="$1-g++" \
-    -DCMAKE_CROSSCOMPILING_EMULATOR="$2;-L;/usr/$1" -DZELCONFUTILS_GTEST_FROM_SOURCE=ON
+    -DCMAKE_CROSSCOMPILING_EMULATOR="$2" -DZELCONFUTILS_GTEST_FROM_SOURCE=ON
 }
-i686() { machine i686-linux-gnu qemu-i386-static; }
-aarch64() { machine aarch64-linux-gnu qemu-aarch64-static; }
-s390x() { machine s390x-linux-gnu qemu-s390x-static; }
+emulated() { machine "$1" "$2;-L;/usr/$1"; }
+i686() { # an x86-64 kernel runs these by itself, by way of their own loader
+  local root=/usr/i686-linux-gnu/lib
+  if "$root/ld-linux.so.2" --version >/dev/null 2>&1; then
+    machine i686-linux-gnu "$root/ld-linux.so.2;--library-path;$root"
+  else
+    emulated i686-linux-gnu qemu-i386-static
+  fi
+}
+aarch64() { emulated aarch64-linux-gnu qemu-aarch64-static; }
+s390x() { emulated s390x-linux-gnu qemu-s390x-static; }
 
 [ $# -gt 0 ] || set -- plain no_testing no_gtest ccache unity lto clang libcxx tgz
 for name in "$@"; do
