@@ -14,5 +14,3 @@ bool ReadStream(const char* path, StringSink& sink) {
   }
   return true;
 }
-
-bool ReadOnly(const char*, std::uint64_t&) { return false; }

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <csv.h>
 
-#include <cstdio>
-#include <memory>
-
+#include "Files.h"
 #include "Stream.h"
 
 namespace {
@@ -24,20 +22,13 @@ void EndRecord(int, void*) {}
 }  // namespace
 
 bool ReadStream(const char* path, StringSink& sink) {
-  constexpr std::size_t kBlockBytes = std::size_t{64} * 1024;
-  std::FILE* stream = std::fopen(path, "rb");
-  if (stream == nullptr) return false;
   Reading reading{sink, {}};
   csv_parser parser;
   csv_init(&parser, 0);
-  const std::unique_ptr<char[]> block(new char[kBlockBytes]);
-  while (const std::size_t got = std::fread(block.get(), 1, kBlockBytes, stream)) {
-    if (csv_parse(&parser, block.get(), got, TakeField, EndRecord, &reading) != got) return false;
-  }
+  const bool read = ReadBlocks(path, [&](const char* bytes, std::size_t size) {
+    csv_parse(&parser, bytes, size, TakeField, EndRecord, &reading);
+  });
   csv_fini(&parser, TakeField, EndRecord, &reading);
   csv_free(&parser);
-  std::fclose(stream);
-  return true;
+  return read;
 }
-
-bool ReadOnly(const char*, std::uint64_t&) { return false; }

@@ -2,6 +2,7 @@
 #include "CsvDocument.h"
 #include "Stream.h"
 
+// Every field is a string of the row; whoever only counts them does not ask the row for it.
 bool ReadStream(const char* path, StringSink& sink) {
   CsvDocument document;
   CsvDocumentRow row;
@@ -9,19 +10,11 @@ bool ReadStream(const char* path, StringSink& sink) {
   while (document.IsCsvRecordPresence()) {
     if (!document.GetRow(row)) break;
     const unsigned short count = row.GetFieldsCount();
-    for (unsigned short i = 0; i < count; ++i) sink.Take(row.GetField(i));
-  }
-  return true;
-}
-
-// Every field is a string of the row, but nobody asks the row for it.
-bool ReadOnly(const char* path, std::uint64_t& count) {
-  CsvDocument document;
-  CsvDocumentRow row;
-  if (!document.Load(path)) return false;
-  while (document.IsCsvRecordPresence()) {
-    if (!document.GetRow(row)) break;
-    count += row.GetFieldsCount();
+    if (sink.countOnly) {
+      sink.count += count;
+    } else {
+      for (unsigned short i = 0; i < count; ++i) sink.Take(row.GetField(i));
+    }
   }
   return true;
 }

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <glib.h>
 
-#include <cstdio>
-
+#include "Files.h"
 #include "KeyFile.h"
-
-namespace {
 
 class GLib : public KeyFile {
  public:
@@ -25,14 +22,13 @@ class GLib : public KeyFile {
   }
   WalkTotals Walk() override {
     WalkTotals totals;
-    char key[kTextBytes];
-    char value[kTextBytes];
     gchar** groups = g_key_file_get_groups(file, nullptr);
     for (gchar** group = groups; *group != nullptr; ++group) {
       gchar** keys = g_key_file_get_keys(file, *group, nullptr, nullptr);
       for (gchar** next = keys; *next != nullptr; ++next) {
-        LookUp(*group, *next, value);
-        totals.Count(CopyText(key, *next), value);
+        gchar* value = g_key_file_get_value(file, *group, *next, nullptr);
+        totals.CopyAndCount(*next, value);
+        g_free(value);
       }
       g_strfreev(keys);
     }
@@ -47,17 +43,13 @@ class GLib : public KeyFile {
   bool Save(const char* path) override {
     gsize length = 0;
     gchar* data = g_key_file_to_data(file, &length, nullptr);
-    std::FILE* stream = std::fopen(path, "wb");
-    if (stream == nullptr) return false;
-    const bool written = std::fwrite(data, 1, length, stream) == length;
+    const bool written = WritePieces(path, {{data, length}});
     g_free(data);
-    return std::fclose(stream) == 0 && written;
+    return written;
   }
 
  private:
   GKeyFile* file = nullptr;
 };
-
-}  // namespace
 
 std::unique_ptr<KeyFile> MakeKeyFile(bool) { return std::make_unique<GLib>(); }

@@ -6,8 +6,6 @@
 
 #include "KeyFile.h"
 
-namespace {
-
 class Parser : public KeyFile {
  public:
   ~Parser() override {
@@ -25,15 +23,11 @@ class Parser : public KeyFile {
   // Its names are "section:key"; a section stands among them without a value.
   WalkTotals Walk() override {
     WalkTotals totals;
-    char key[kTextBytes];
-    char value[kTextBytes];
     for (int i = 0, seen = 0; seen < file->n; ++i) {
       if (file->key[i] == nullptr) continue;
       ++seen;
       const char* colon = std::strchr(file->key[i], ':');
-      if (colon == nullptr || file->val[i] == nullptr) continue;
-      CopyText(value, file->val[i]);
-      totals.Count(CopyText(key, colon + 1), value);
+      if (colon != nullptr && file->val[i] != nullptr) totals.CopyAndCount(colon + 1, file->val[i]);
     }
     return totals;
   }
@@ -58,7 +52,5 @@ class Parser : public KeyFile {
 
   dictionary* file = nullptr;
 };
-
-}  // namespace
 
 std::unique_ptr<KeyFile> MakeKeyFile(bool) { return std::make_unique<Parser>(); }

@@ -4,8 +4,6 @@
 
 #include "KeyFile.h"
 
-namespace {
-
 class Reader : public KeyFile {
  public:
   bool Load(const char* path) override {
@@ -19,7 +17,5 @@ class Reader : public KeyFile {
  private:
   std::unique_ptr<INIReader> file;
 };
-
-}  // namespace
 
 std::unique_ptr<KeyFile> MakeKeyFile(bool) { return std::make_unique<Reader>(); }

@@ -7,6 +7,15 @@
 #include <cstring>
 #include <memory>
 
+constexpr std::size_t kTextBytes = 1024;  ///< room for a key or a value, its NUL included
+
+/// Copies a NUL-terminated text and returns its length; the data has none that does not fit.
+inline std::size_t CopyText(char* buffer, const char* text) {
+  const std::size_t length = std::strlen(text);
+  std::memcpy(buffer, text, length + 1);
+  return length;
+}
+
 /// What each contender says of a walk, so that all are seen to have done the same work.
 struct WalkTotals {
   std::uint64_t entries = 0;
@@ -18,16 +27,16 @@ struct WalkTotals {
     keyBytes += keyLength;
     firstBytes += static_cast<unsigned char>(value[0]);
   }
+
+  /// For a contender that shows its own texts: copies both first.
+  [[gnu::always_inline]] void CopyAndCount(const char* keyText, const char* valueText) {
+    char key[kTextBytes];
+    char value[kTextBytes];
+    CopyText(value, valueText);
+    Count(CopyText(key, keyText), value);
+    asm volatile("" : : "m"(key), "m"(value));  // somebody reads them
+  }
 };
-
-constexpr std::size_t kTextBytes = 1024;  ///< room for a key or a value, its NUL included
-
-/// Copies a NUL-terminated text and returns its length; the data has none that does not fit.
-inline std::size_t CopyText(char* buffer, const char* text) {
-  const std::size_t length = std::strlen(text);
-  std::memcpy(buffer, text, length + 1);
-  return length;
-}
 
 /// A file of keys and values in the hands of one contender. The destructor releases it. An
 /// operation that a contender does not offer keeps the failure below and is not asked for.

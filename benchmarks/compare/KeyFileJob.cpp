@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The program around one contender: does the steps that it is told to and prints the CPU time of
-// each. A fresh process for each run: no contender inherits another's heap.
+// The program around one contender: flat|sections FILE TARGET PROBES COPIES REPEATS STEP...
+// Prints of each step the CPU time for one copy, the peak after its first turn, and what a walk or
+// the look-ups found. A fresh process for each run: no contender inherits another's heap.
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,58 +15,52 @@
 namespace {
 
 struct Probe {
-  std::string section;
-  std::string key;
+  std::string section, key;
 };
 
-// The first line names the entry to change, the others those to look up.
-std::vector<Probe> ReadProbes(const char* path) {
-  std::vector<Probe> probes;
-  std::ifstream file(path);
-  Probe probe;
-  while (file >> probe.section >> probe.key) probes.push_back(probe);
-  return probes;
-}
-
-[[noreturn]] void Fail(const std::string& step) {
-  std::fprintf(stderr, "failed: %s\n", step.c_str());
-  std::exit(1);
-}
+struct Step {
+  std::string name;
+  double seconds = 0;
+  long peakKib = 0;
+};
 
 class Job {
  public:
-  Job(char** arguments)
+  explicit Job(char** arguments)
       : sections(std::strcmp(arguments[0], "sections") == 0),
         file(arguments[1]),
-        target(arguments[2]),
-        probes(ReadProbes(arguments[3])),
-        copies(std::strtoul(arguments[4], nullptr, 10)) {}
-
-  void Make() {
-    objects.clear();
-    for (std::size_t i = 0; i < copies; ++i) objects.push_back(MakeKeyFile(sections));
+        target(arguments[2]) {
+    // The first line names the entry to change, the others those to look up.
+    std::ifstream lines(arguments[3]);
+    for (Probe probe; lines >> probe.section >> probe.key;) probes.push_back(probe);
+    // Where objects are many and small, the first use of all code is not what is measured.
+    if (std::strtoul(arguments[4], nullptr, 10) > 1) MakeKeyFile(sections)->Load(file);
   }
 
-  // Where objects are many and small, the first use of all code is not what is measured.
-  void WarmUp() {
-    if (copies == 1) return;
-    MakeKeyFile(sections)->Load(file);
+  void Make(std::size_t copies) {
+    objects.clear();
+    for (std::size_t i = 0; i < copies; ++i) objects.push_back(MakeKeyFile(sections));
   }
 
   // The CPU time of one step, for one copy.
   double Do(const std::string& step) {
     const double start = CpuSeconds();
     for (auto& object : objects) {
-      if (!DoOne(step, object)) Fail(step);
+      if (DoOne(step, object)) continue;
+      std::fprintf(stderr, "failed: %s\n", step.c_str());
+      std::exit(1);
     }
-    return std::max(0.0, CpuSeconds() - start - clockSeconds) / static_cast<double>(copies);
+    const double used = CpuSeconds() - start - clockSeconds;
+    return std::max(0.0, used) / static_cast<double>(objects.size());
   }
 
-  void PrintTotals() const {
-    std::printf("totals %llu %llu %llu %llu\n", static_cast<unsigned long long>(totals.entries),
-                static_cast<unsigned long long>(totals.keyBytes),
-                static_cast<unsigned long long>(totals.firstBytes),
-                static_cast<unsigned long long>(foundBytes));
+  void Print(const Step& step) const {
+    std::printf("%s %.9f %ld", step.name.c_str(), step.seconds, step.peakKib);
+    if (step.name == "walk") {
+      std::printf(" %ju %ju %ju", totals.entries, totals.keyBytes, totals.firstBytes);
+    }
+    if (step.name == "lookup") std::printf(" %ju", foundBytes);
+    std::printf("\n");
   }
 
  private:
@@ -77,12 +72,10 @@ class Job {
     if (step == "save1") return object->SaveInOneCall(target);
     if (step == "edit") return Change(*object) && object->Save(target);
     if (step == "release") return object.reset(), true;
-    if (step == "job") {
-      const bool done = object->Load(file) && Change(*object) && object->Save(target);
-      object.reset();
-      return done;
-    }
-    return false;
+    if (step != "job") return false;
+    const bool done = object->Load(file) && Change(*object) && object->Save(target);
+    object.reset();
+    return done;
   }
 
   bool LookUp(KeyFile& object) {
@@ -111,7 +104,6 @@ class Job {
   const char* file;
   const char* target;
   std::vector<Probe> probes;
-  std::size_t copies;
   std::vector<std::unique_ptr<KeyFile>> objects;
   WalkTotals totals;
   std::uint64_t foundBytes = 0;
@@ -119,27 +111,23 @@ class Job {
 
 }  // namespace
 
-// flat|sections FILE TARGET PROBES COPIES REPEATS STEP...
 int main(int argc, char** argv) {
   if (argc < 8) return 2;
   Job job(argv + 1);
-  job.WarmUp();
+  const unsigned long copies = std::strtoul(argv[5], nullptr, 10);
   const unsigned long repeats = std::strtoul(argv[6], nullptr, 10);
-  std::vector<double> seconds(static_cast<std::size_t>(argc - 7));
-  std::vector<long> peaks(seconds.size());
+  std::vector<Step> steps;
+  for (int i = 7; i < argc; ++i) steps.push_back({argv[i]});
   // Where the work is so small that it is repeated, the first turn only warms up.
   const unsigned long turns = repeats > 1 ? repeats + 1 : 1;
   for (unsigned long turn = 0; turn < turns; ++turn) {
-    job.Make();
-    for (std::size_t i = 0; i < seconds.size(); ++i) {
-      const double used = job.Do(argv[i + 7]);
-      if (turn != 0 || turns == 1) seconds[i] += used / static_cast<double>(repeats);
-      if (turn == 0) peaks[i] = PeakKib();
+    job.Make(copies);
+    for (Step& step : steps) {
+      const double used = job.Do(step.name);
+      if (turn != 0 || turns == 1) step.seconds += used / static_cast<double>(repeats);
+      if (turn == 0) step.peakKib = PeakKib();
     }
   }
-  for (std::size_t i = 0; i < seconds.size(); ++i) {
-    std::printf("%s %.9f %ld\n", argv[i + 7], seconds[i], peaks[i]);
-  }
-  job.PrintTotals();
+  for (const Step& step : steps) job.Print(step);
   return 0;
 }

@@ -2,14 +2,11 @@
 // Reads the file in blocks and finds where each token ends with a table of classes; no string
 // comes to be.
 #include <array>
-#include <cstdio>
-#include <memory>
 
+#include "Files.h"
 #include "Stream.h"
 
 namespace {
-
-constexpr std::size_t kBlockBytes = std::size_t{64} * 1024;
 
 enum Class : unsigned char { kSingle, kLetter, kDigit };
 
@@ -20,29 +17,24 @@ constexpr std::array<Class, 256> kClasses = [] {
   return made;
 }();
 
+Class ClassOf(char c) { return kClasses[static_cast<unsigned char>(c)]; }
+
 }  // namespace
 
 bool ReadStream(const char* path, StringSink& sink) {
-  std::FILE* stream = std::fopen(path, "rb");
-  if (stream == nullptr) return false;
-  const std::unique_ptr<unsigned char[]> block(new unsigned char[kBlockBytes]);
   Class last = kSingle;
-  while (const std::size_t got = std::fread(block.get(), 1, kBlockBytes, stream)) {
-    const unsigned char* const end = block.get() + got;
-    for (const unsigned char* next = block.get(); next != end;) {
-      const unsigned char* const start = next;
-      const Class kind = kClasses[*next++];
+  return ReadBlocks(path, [&](const char* block, std::size_t size) {
+    const char* const end = block + size;
+    for (const char* next = block; next != end;) {
+      const char* const start = next;
+      const Class kind = ClassOf(*next++);
       if (kind != kSingle) {
-        while (next != end && kClasses[*next] == kind) ++next;
+        while (next != end && ClassOf(*next) == kind) ++next;
       }
       // A run that began in the block before is no new token.
-      if (start != block.get() || kind == kSingle || kind != last) ++sink.totals.count;
-      sink.totals.bytes += static_cast<std::size_t>(next - start);
+      if (start != block || kind == kSingle || kind != last) ++sink.count;
+      sink.bytes += static_cast<std::size_t>(next - start);
       last = kind;
     }
-  }
-  std::fclose(stream);
-  return true;
+  });
 }
-
-bool ReadOnly(const char*, std::uint64_t&) { return false; }

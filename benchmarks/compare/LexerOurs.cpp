@@ -8,5 +8,3 @@ bool ReadStream(const char* path, StringSink& sink) {
   while (const ZelLexToken* token = lexer.GetToken()) sink.Take(token->text);
   return true;
 }
-
-bool ReadOnly(const char*, std::uint64_t&) { return false; }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Seeks a key through the list of its section.
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
+#include "Files.h"
+#include "KeyFile.h"
 
 // Its headers are for C alone, and do not include what they need.
 extern "C" {
@@ -12,10 +11,6 @@ extern "C" {
 #include <ini_configmod.h>
 #include <simplebuffer.h>
 }
-
-#include "KeyFile.h"
-
-namespace {
 
 class IniConfig : public KeyFile {
  public:
@@ -29,24 +24,17 @@ class IniConfig : public KeyFile {
     return result == 0;
   }
   std::size_t LookUp(const char* section, const char* key, char* buffer) override {
-    value_obj* value = nullptr;
-    if (ini_get_config_valueobj(section, key, config, INI_GET_FIRST_VALUE, &value) != 0) return 0;
-    return value != nullptr ? CopyText(buffer, ini_get_const_string_config_value(value, nullptr))
-                            : 0;
+    const char* value = Find(section, key);
+    return value != nullptr ? CopyText(buffer, value) : 0;
   }
   WalkTotals Walk() override {
     WalkTotals totals;
-    char key[kTextBytes];
-    char value[kTextBytes];
     int sectionCount = 0;
     char** sections = ini_get_section_list(config, &sectionCount, nullptr);
     for (int i = 0; i < sectionCount; ++i) {
       int keyCount = 0;
       char** keys = ini_get_attribute_list(config, sections[i], &keyCount, nullptr);
-      for (int k = 0; k < keyCount; ++k) {
-        LookUp(sections[i], keys[k], value);
-        totals.Count(CopyText(key, keys[k]), value);
-      }
+      for (int k = 0; k < keyCount; ++k) totals.CopyAndCount(keys[k], Find(sections[i], keys[k]));
       ini_free_attribute_list(keys);
     }
     ini_free_section_list(sections);
@@ -59,18 +47,22 @@ class IniConfig : public KeyFile {
   bool Save(const char* path) override {
     simplebuffer* buffer = nullptr;
     if (simplebuffer_alloc(&buffer) != 0 || ini_config_serialize(config, buffer) != 0) return false;
-    std::FILE* stream = std::fopen(path, "wb");
-    if (stream == nullptr) return false;
-    const std::size_t length = simplebuffer_get_len(buffer);
-    const bool written = std::fwrite(simplebuffer_get_vbuf(buffer), 1, length, stream) == length;
+    const auto* bytes = static_cast<const char*>(simplebuffer_get_vbuf(buffer));
+    const bool written = WritePieces(path, {{bytes, simplebuffer_get_len(buffer)}});
     simplebuffer_free(buffer);
-    return std::fclose(stream) == 0 && written;
+    return written;
   }
 
  private:
+  const char* Find(const char* section, const char* key) {
+    value_obj* value = nullptr;
+    if (ini_get_config_valueobj(section, key, config, INI_GET_FIRST_VALUE, &value) != 0) {
+      return nullptr;
+    }
+    return value != nullptr ? ini_get_const_string_config_value(value, nullptr) : nullptr;
+  }
+
   ini_cfgobj* config = nullptr;
 };
-
-}  // namespace
 
 std::unique_ptr<KeyFile> MakeKeyFile(bool) { return std::make_unique<IniConfig>(); }

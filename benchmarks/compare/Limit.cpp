@@ -1,48 +1,45 @@
 // SPDX-License-Identifier: MIT
 // What the work costs at least: the bytes read with fread and written with fwrite, one loop over
 // them that finds the entries, and a contiguous array of what it found. Reads either file form.
-#include <sys/stat.h>
-
-#include <cstdio>
+#include <string_view>
 #include <vector>
 
+#include "Files.h"
 #include "KeyFile.h"
 
 namespace {
 
 struct Record {
-  const char* key;
-  std::size_t keyLength;
-  const char* value;
-  std::size_t valueLength;
+  std::string_view key;
+  std::string_view value;
 };
 
 struct Section {
-  const char* name;
-  std::size_t nameLength;
+  std::string_view name;
   std::size_t firstRecord;
 };
 
+std::size_t Copy(char* buffer, std::string_view text) {
+  std::memcpy(buffer, text.data(), text.size());
+  buffer[text.size()] = '\0';
+  return text.size();
+}
+
+const char* FindByte(const char* bytes, char c, const char* end) {
+  return static_cast<const char*>(std::memchr(bytes, c, static_cast<std::size_t>(end - bytes)));
+}
+
 class Bytes : public KeyFile {
  public:
-  explicit Bytes(bool manySections) : hasSections(manySections) {}
-
   bool Load(const char* path) override {
-    std::FILE* stream = std::fopen(path, "rb");
-    if (stream == nullptr) return false;
-    struct stat status;
-    if (fstat(fileno(stream), &status) != 0) return false;
-    size = static_cast<std::size_t>(status.st_size);
-    text.reset(new char[size]);
-    const bool read = std::fread(text.get(), 1, size, stream) == size;
-    std::fclose(stream);
-    Index();
-    return read;
+    text = ReadWhole(path, size);
+    if (text != nullptr) Index();
+    return text != nullptr;
   }
 
   std::size_t LookUp(const char* section, const char* key, char* buffer) override {
     const Record* record = Find(section, key);
-    return record != nullptr ? Copy(buffer, record->value, record->valueLength) : 0;
+    return record != nullptr ? Copy(buffer, record->value) : 0;
   }
 
   WalkTotals Walk() override {
@@ -50,8 +47,8 @@ class Bytes : public KeyFile {
     char key[kTextBytes];
     char value[kTextBytes];
     for (const Record& record : records) {
-      Copy(value, record.value, record.valueLength);
-      totals.Count(Copy(key, record.key, record.keyLength), value);
+      Copy(value, record.value);
+      totals.Count(Copy(key, record.key), value);
     }
     return totals;
   }
@@ -63,30 +60,13 @@ class Bytes : public KeyFile {
   }
 
   bool Save(const char* path) override {
-    std::FILE* stream = std::fopen(path, "wb");
-    if (stream == nullptr) return false;
-    std::setvbuf(stream, nullptr, _IONBF, 0);
-    bool written = true;
-    const char* rest = text.get();
-    if (changed != nullptr) {
-      const std::size_t length = std::strlen(newValue);
-      const std::size_t front = static_cast<std::size_t>(changed->value - rest);
-      written = std::fwrite(rest, 1, front, stream) == front &&
-                std::fwrite(newValue, 1, length, stream) == length;
-      rest = changed->value + changed->valueLength;
-    }
-    const std::size_t left = static_cast<std::size_t>(text.get() + size - rest);
-    written = written && std::fwrite(rest, 1, left, stream) == left;
-    return std::fclose(stream) == 0 && written;
+    const char* const end = text.get() + size;
+    if (changed == nullptr) return WritePieces(path, {{text.get(), end}});
+    const std::string_view old = changed->value;
+    return WritePieces(path, {{text.get(), old.begin()}, newValue, {old.end(), end}});
   }
 
  private:
-  static std::size_t Copy(char* buffer, const char* bytes, std::size_t length) {
-    std::memcpy(buffer, bytes, length);
-    buffer[length] = '\0';
-    return length;
-  }
-
   // A line is a comment, an entry, a header "[name]" or "section name {", or nothing; neither
   // key nor value of the data has blanks around it, but the loop looks, as a reader has to.
   void Index() {
@@ -94,8 +74,7 @@ class Bytes : public KeyFile {
     records.reserve(size / 8);
     const char* const end = text.get() + size;
     for (const char* line = text.get(); line < end;) {
-      const char* stop =
-          static_cast<const char*>(std::memchr(line, '\n', static_cast<std::size_t>(end - line)));
+      const char* stop = FindByte(line, '\n', end);
       if (stop == nullptr) stop = end;
       if (*line != '#') IndexLine(line, stop);
       line = stop + 1;
@@ -103,56 +82,43 @@ class Bytes : public KeyFile {
   }
 
   void IndexLine(const char* line, const char* stop) {
-    const char* equals =
-        static_cast<const char*>(std::memchr(line, '=', static_cast<std::size_t>(stop - line)));
+    const char* const equals = FindByte(line, '=', stop);
     if (equals == nullptr) {
-      if (hasSections) IndexHeader(line, stop);
+      // "section " before the name, " {" after it.
+      if (stop - line > 8 && stop[-1] == '{') {
+        sections.push_back({{line + 8, stop - 2}, records.size()});
+      }
       return;
     }
     const char* keyEnd = equals;
-    const char* value = equals + 1;
+    const char* const value = equals + 1;
     while (line < keyEnd && *line <= ' ') ++line;
     while (keyEnd > line && keyEnd[-1] <= ' ') --keyEnd;
     while (stop > value && stop[-1] <= ' ') --stop;
-    records.push_back({line, static_cast<std::size_t>(keyEnd - line), value,
-                       static_cast<std::size_t>(stop - value)});
+    records.push_back({{line, keyEnd}, {value, stop}});
   }
 
-  void IndexHeader(const char* line, const char* stop) {
-    if (stop - line > 8 && stop[-1] == '{') {
-      sections.push_back({line + 8, static_cast<std::size_t>(stop - line - 10), records.size()});
-    }
-  }
-
-  const Record* Find(const char* section, const char* key) const {
+  const Record* Find(std::string_view section, std::string_view key) const {
     const Record* record = records.data();
     const Record* stop = record + records.size();
-    if (hasSections) {
-      const std::size_t length = std::strlen(section);
-      for (std::size_t i = 0; i < sections.size(); ++i) {
-        if (sections[i].nameLength != length) continue;
-        if (std::memcmp(sections[i].name, section, length) != 0) continue;
-        record = records.data() + sections[i].firstRecord;
-        if (i + 1 < sections.size()) stop = records.data() + sections[i + 1].firstRecord;
-        break;
-      }
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+      if (sections[i].name != section) continue;
+      record = records.data() + sections[i].firstRecord;
+      if (i + 1 < sections.size()) stop = records.data() + sections[i + 1].firstRecord;
+      break;
     }
-    const std::size_t length = std::strlen(key);
-    for (; record != stop; ++record) {
-      if (record->keyLength == length && std::memcmp(record->key, key, length) == 0) return record;
-    }
-    return nullptr;
+    while (record != stop && record->key != key) ++record;
+    return record != stop ? record : nullptr;
   }
 
-  bool hasSections;
   std::unique_ptr<char[]> text;
   std::size_t size = 0;
   std::vector<Record> records;
   std::vector<Section> sections;
   const Record* changed = nullptr;
-  const char* newValue = nullptr;
+  std::string_view newValue;
 };
 
 }  // namespace
 
-std::unique_ptr<KeyFile> MakeKeyFile(bool sections) { return std::make_unique<Bytes>(sections); }
+std::unique_ptr<KeyFile> MakeKeyFile(bool) { return std::make_unique<Bytes>(); }

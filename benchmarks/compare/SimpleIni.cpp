@@ -4,8 +4,6 @@
 
 #include "KeyFile.h"
 
-namespace {
-
 class Simple : public KeyFile {
  public:
   bool Load(const char* path) override { return file.LoadFile(path) == SI_OK; }
@@ -15,14 +13,11 @@ class Simple : public KeyFile {
   }
   WalkTotals Walk() override {
     WalkTotals totals;
-    char key[kTextBytes];
-    char value[kTextBytes];
     CSimpleIniCaseA::TNamesDepend sections;
     file.GetAllSections(sections);
     for (const auto& section : sections) {
       for (const auto& entry : *file.GetSection(section.pItem)) {
-        CopyText(value, entry.second);
-        totals.Count(CopyText(key, entry.first.pItem), value);
+        totals.CopyAndCount(entry.first.pItem, entry.second);
       }
     }
     return totals;
@@ -35,7 +30,5 @@ class Simple : public KeyFile {
  private:
   CSimpleIniCaseA file{true};
 };
-
-}  // namespace
 
 std::unique_ptr<KeyFile> MakeKeyFile(bool) { return std::make_unique<Simple>(); }

@@ -2,16 +2,16 @@
 # SPDX-License-Identifier: MIT
 # run.sh BUILD [--record | --quick | ...]: the comparison with others, as a table, or into the page.
 set -euo pipefail
-program=$(realpath "$1/benchmarks/compare/compare")
+programs=$(realpath "$1/benchmarks/compare")
 shift
-cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+cd "$(dirname "${BASH_SOURCE[0]}")"
 
 # In memory where that can be: to open and truncate a small file on a disk's file system takes ten
 # times the work that is compared.
-[ -n "${TMPDIR:-}" ] || [ ! -w /dev/shm ] || TMPDIR=/dev/shm
-TMPDIR=$(mktemp -d -p "${TMPDIR:-/tmp}")
-export TMPDIR
-trap 'rm -rf "$TMPDIR"' EXIT
+[ -n "${TMPDIR:-}" ] || [ ! -w /dev/shm ] || export TMPDIR=/dev/shm
+
+# libini_config calls itself for each line of a file.
+ulimit -S -s $((1 << 20)) 2>/dev/null || ulimit -S -s "$(ulimit -H -s)"
 
 # On what the table was measured.
 setting() {
@@ -26,12 +26,13 @@ setting() {
 }
 
 if [ "${1:-}" = --record ]; then
-  "$program" --svg docs/performance.svg >"$TMPDIR/table"
-  setting >>"$TMPDIR/table"
+  page=../../docs/performance
+  table=$(python3 compare.py "$programs")
+  python3 chart.py <<<"$table" >$page.svg
   # What stands between the two marks of the page is what was measured.
-  sed -i -e "/^<!-- measured -->/r $TMPDIR/table" -e '/^<!-- measured -->/,/^<!-- end -->/{//!d}' \
-    docs/performance.md
+  { printf '%s\n' "$table" && setting; } | sed -i -e '/^<!-- measured -->/r /dev/stdin' \
+    -e '/^<!-- measured -->/,/^<!-- end -->/{//!d}' $page.md
 else
-  "$program" "$@"
+  python3 compare.py "$programs" "$@"
   setting
 fi
