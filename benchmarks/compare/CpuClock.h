@@ -3,6 +3,8 @@
 #define ZELCONFUTILS_COMPARE_CPU_CLOCK_H
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 /// The CPU time that this process has used, user and system, in seconds.
@@ -16,9 +18,8 @@ inline double CpuSeconds() {
 inline long PeakKib() {
   long kib = 0;
   std::FILE* status = std::fopen("/proc/self/status", "r");
-  char line[256];
-  while (std::fgets(line, sizeof line, status) != nullptr) {
-    if (std::sscanf(line, "VmHWM: %ld", &kib) == 1) break;
+  for (char line[256]; kib == 0 && std::fgets(line, sizeof line, status) != nullptr;) {
+    if (std::strncmp(line, "VmHWM:", 6) == 0) kib = std::strtol(line + 6, nullptr, 10);
   }
   std::fclose(status);
   return kib;

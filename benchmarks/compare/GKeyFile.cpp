@@ -40,7 +40,7 @@ class GLib : public KeyFile {
     return true;
   }
   // g_key_file_save_to_file would also wait for the disk.
-  bool Save(const char* path) override {
+  bool Save(const char* path, bool) override {
     gsize length = 0;
     gchar* data = g_key_file_to_data(file, &length, nullptr);
     const bool written = WritePieces(path, {{data, length}});

@@ -35,7 +35,7 @@ class Parser : public KeyFile {
     char name[kTextBytes];
     return iniparser_set(file, Name(name, section, key), value) == 0;
   }
-  bool Save(const char* path) override {
+  bool Save(const char* path, bool) override {
     std::FILE* stream = std::fopen(path, "w");
     if (stream == nullptr) return false;
     iniparser_dump_ini(file, stream);

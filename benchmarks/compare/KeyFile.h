@@ -56,11 +56,9 @@ class KeyFile {
   /// Gives an existing key another value.
   virtual bool Change(const char*, const char*, const char*) { return false; }
 
-  /// Writes the file, comments included where the contender keeps them.
-  virtual bool Save(const char*) { return false; }
-
-  /// The same from one buffer with one call, where a contender has both ways.
-  virtual bool SaveInOneCall(const char*) { return false; }
+  /// Writes the file, comments included where the contender keeps them: from one buffer with one
+  /// call or in another way, where it has both.
+  virtual bool Save(const char*, bool) { return false; }
 };
 
 /// Defined by each contender. `sections`: the file has many of them, else one.

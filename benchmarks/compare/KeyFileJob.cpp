@@ -18,12 +18,6 @@ struct Probe {
   std::string section, key;
 };
 
-struct Step {
-  std::string name;
-  double seconds = 0;
-  long peakKib = 0;
-};
-
 class Job {
  public:
   explicit Job(char** arguments)
@@ -54,13 +48,11 @@ class Job {
     return std::max(0.0, used) / static_cast<double>(objects.size());
   }
 
-  void Print(const Step& step) const {
-    std::printf("%s %.9f %ld", step.name.c_str(), step.seconds, step.peakKib);
-    if (step.name == "walk") {
+  void PrintFound(const std::string& step) const {
+    if (step == "walk") {
       std::printf(" %ju %ju %ju", totals.entries, totals.keyBytes, totals.firstBytes);
     }
-    if (step.name == "lookup") std::printf(" %ju", foundBytes);
-    std::printf("\n");
+    if (step == "lookup") std::printf(" %ju", foundBytes);
   }
 
  private:
@@ -68,12 +60,12 @@ class Job {
     if (step == "load") return object->Load(file);
     if (step == "lookup") return LookUp(*object);
     if (step == "walk") return (totals = object->Walk()).entries != 0;
-    if (step == "save") return object->Save(target);
-    if (step == "save1") return object->SaveInOneCall(target);
-    if (step == "edit") return Change(*object) && object->Save(target);
+    if (step == "save") return object->Save(target, false);
+    if (step == "save1") return object->Save(target, true);
+    if (step == "edit") return Change(*object) && object->Save(target, false);
     if (step == "release") return object.reset(), true;
     if (step != "job") return false;
-    const bool done = object->Load(file) && Change(*object) && object->Save(target);
+    const bool done = object->Load(file) && Change(*object) && object->Save(target, false);
     object.reset();
     return done;
   }
@@ -116,18 +108,22 @@ int main(int argc, char** argv) {
   Job job(argv + 1);
   const unsigned long copies = std::strtoul(argv[5], nullptr, 10);
   const unsigned long repeats = std::strtoul(argv[6], nullptr, 10);
-  std::vector<Step> steps;
-  for (int i = 7; i < argc; ++i) steps.push_back({argv[i]});
+  const std::vector<std::string> steps(argv + 7, argv + argc);
+  std::vector<double> seconds(steps.size());
+  std::vector<long> peaks(steps.size());
   // Where the work is so small that it is repeated, the first turn only warms up.
   const unsigned long turns = repeats > 1 ? repeats + 1 : 1;
   for (unsigned long turn = 0; turn < turns; ++turn) {
     job.Make(copies);
-    for (Step& step : steps) {
-      const double used = job.Do(step.name);
-      if (turn != 0 || turns == 1) step.seconds += used / static_cast<double>(repeats);
-      if (turn == 0) step.peakKib = PeakKib();
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      const double used = job.Do(steps[i]);
+      if (turn != 0 || turns == 1) seconds[i] += used / static_cast<double>(repeats);
+      if (turn == 0) peaks[i] = PeakKib();
     }
   }
-  for (const Step& step : steps) job.Print(step);
-  return 0;
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    std::printf("%s %.9f %ld", steps[i].c_str(), seconds[i], peaks[i]);
+    job.PrintFound(steps[i]);
+    std::printf("\n");
+  }
 }

@@ -33,5 +33,4 @@ int main(int argc, char** argv) {
     peakKib = std::max(peakKib, used.ru_maxrss);
   }
   std::printf("%s %.9f %ld\n", argv[2], 1e-6 * static_cast<double>(microseconds) / times, peakKib);
-  return 0;
 }

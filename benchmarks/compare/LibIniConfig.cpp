@@ -44,7 +44,7 @@ class IniConfig : public KeyFile {
     return ini_config_add_str_value(config, section, key, value, nullptr, 0, 1000, COL_DSP_END,
                                     nullptr, 0, INI_VA_MOD_E) == 0;
   }
-  bool Save(const char* path) override {
+  bool Save(const char* path, bool) override {
     simplebuffer* buffer = nullptr;
     if (simplebuffer_alloc(&buffer) != 0 || ini_config_serialize(config, buffer) != 0) return false;
     const auto* bytes = static_cast<const char*>(simplebuffer_get_vbuf(buffer));
@@ -56,9 +56,7 @@ class IniConfig : public KeyFile {
  private:
   const char* Find(const char* section, const char* key) {
     value_obj* value = nullptr;
-    if (ini_get_config_valueobj(section, key, config, INI_GET_FIRST_VALUE, &value) != 0) {
-      return nullptr;
-    }
+    ini_get_config_valueobj(section, key, config, INI_GET_FIRST_VALUE, &value);
     return value != nullptr ? ini_get_const_string_config_value(value, nullptr) : nullptr;
   }
 

@@ -59,7 +59,7 @@ class Bytes : public KeyFile {
     return changed != nullptr;
   }
 
-  bool Save(const char* path) override {
+  bool Save(const char* path, bool) override {
     const char* const end = text.get() + size;
     if (changed == nullptr) return WritePieces(path, {{text.get(), end}});
     const std::string_view old = changed->value;

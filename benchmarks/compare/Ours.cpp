@@ -30,8 +30,7 @@ class Flat : public KeyFile {
   bool Change(const char*, const char* key, const char* value) override {
     return file->SetEntry(key, value) != 0;
   }
-  bool Save(const char* path) override { return file->Save(false, path); }
-  bool SaveInOneCall(const char* path) override { return file->Save(true, path); }
+  bool Save(const char* path, bool inOneCall) override { return file->Save(inOneCall, path); }
 
  private:
   std::unique_ptr<ConfigFile> file;
@@ -62,8 +61,7 @@ class Sectioned : public KeyFile {
   bool Change(const char* section, const char* key, const char* value) override {
     return file->GotoSection(section) && file->SetSectionEntry(key, value) != 0;
   }
-  bool Save(const char* path) override { return file->Save(false, path); }
-  bool SaveInOneCall(const char* path) override { return file->Save(true, path); }
+  bool Save(const char* path, bool inOneCall) override { return file->Save(inOneCall, path); }
 
  private:
   std::unique_ptr<MultiSectionConfigFile> file;

@@ -25,7 +25,7 @@ class Simple : public KeyFile {
   bool Change(const char* section, const char* key, const char* value) override {
     return file.SetValue(section, key, value) == SI_UPDATED;
   }
-  bool Save(const char* path) override { return file.SaveFile(path, false) == SI_OK; }
+  bool Save(const char* path, bool) override { return file.SaveFile(path, false) == SI_OK; }
 
  private:
   CSimpleIniCaseA file{true};

@@ -4,6 +4,7 @@
 // found.
 #include "Stream.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "CpuClock.h"
@@ -23,5 +24,4 @@ int main(int argc, char** argv) {
     const double seconds = (CpuSeconds() - start) / static_cast<double>(repeats);
     std::printf("%s %.9f %ld %ju %ju\n", argv[i], seconds, PeakKib(), sink.count, sink.bytes);
   }
-  return 0;
 }

@@ -12,10 +12,7 @@ RIGHT = LEFT + (DECADES_BELOW + DECADES_ABOVE) * DECADE
 
 
 def seconds(cell):
-    if cell == "-":
-        return None
-    number, unit = cell.split()
-    return float(number) * UNITS[unit]
+    return None if cell == "-" else float(cell.split()[0]) * UNITS[cell.split()[1]]
 
 
 def place(ratio):

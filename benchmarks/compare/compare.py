@@ -5,6 +5,8 @@ import argparse
 import collections
 import mmap
 import os
+import random
+import re
 import shutil
 import subprocess
 import sys
@@ -16,6 +18,7 @@ FULL = Sizes(1000000, 20000, 10**8, 5 * 10**7, rounds=5, warm_bytes=500 << 20, r
 QUICK = Sizes(100000, 2000, 10**7, 5 * 10**6, rounds=3, warm_bytes=50 << 20, rest_seconds=0.5)
 SMALL_LINES = 100
 LINES_PER_SECTION = 24  # in our form
+PROBES = 1000
 
 # How often the work is done: on so many objects alive at once, so many times in a row in one process, and by how many
 # processes for one of the large data, as short runs scatter more. A figure is the mean of so many launches.
@@ -111,18 +114,12 @@ def warm_memory(size):
     would otherwise count the host's work of finding it against whoever comes next."""
     child = os.fork()
     if child == 0:
-        block = mmap.mmap(-1, size)
+        block = mmap.mmap(-1, size, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS)
         block.madvise(mmap.MADV_HUGEPAGE)
         for page in range(0, size, mmap.PAGESIZE):
             block[page] = 1
         os._exit(0)
     os.waitpid(child, 0)
-
-
-def output(*command):
-    """The lines that a program prints, each split into words."""
-    done = subprocess.run([str(word) for word in command], check=True, stdout=subprocess.PIPE)
-    return [line.split() for line in done.stdout.decode().splitlines()]
 
 
 class Comparison:
@@ -134,9 +131,34 @@ class Comparison:
         self.ini = self.file + ".ini" if scenario.data == "sections" else self.file  # for the peers
         self.probes = self.file + ".probes"
         self.target = f"{folder}/target"
-        made = output(f"{programs}/make_data", scenario.data, scenario.size, self.file)
-        self.expected = {step: found for step, *found in made}
-        self.change = self.expected.pop("change", ["", ""])  # section and key
+        subprocess.run([f"{programs}/make_data", scenario.data, str(scenario.size), self.file], check=True)
+        # What each step must find; and section and key of the entry to change.
+        self.expected, self.change = self.survey_stream() if scenario.data in ("csv", "tokens") else self.survey_entries()
+
+    def survey_stream(self):
+        with open(self.file, "rb") as file:
+            text = file.read()
+        if self.scenario.data == "csv":
+            fields = text.count(b",") + text.count(b"\n")
+            return {"read": [fields, len(text) - fields], "only": [fields, 0]}, None
+        tokens = sum(1 for _ in re.finditer(rb"[A-Za-z]+|[0-9]+|[^A-Za-z0-9]", text))
+        return {"read": [tokens, len(text)]}, None
+
+    def survey_entries(self):
+        entries, section = [], ""
+        with open(self.ini) as file:
+            for line in file:
+                if line.startswith("["):
+                    section = line[1:-2]
+                elif "=" in line and not line.startswith("#"):
+                    entries.append((section, *line[:-1].split("=", 1)))
+        change = entries[len(entries) // 2]
+        choice = random.Random(1)
+        sought = choice.choices(choice.sample(entries, min(PROBES, len(entries))), k=PROBES)
+        with open(self.probes, "w") as file:
+            file.writelines(f"{section} {key}\n" for section, key, _ in [change, *sought])
+        walk = [len(entries), sum(len(key) for _, key, _ in entries), sum(ord(value[0]) for _, _, value in entries)]
+        return {"walk": walk, "lookup": [sum(len(value) for _, _, value in sought)]}, change[:2]
 
     def run(self):
         """The figures of each contender by step. A contender that is not installed is left out."""
@@ -172,8 +194,10 @@ class Comparison:
         elif repetition.memory == "warmed":
             warm_memory(self.sizes.warm_bytes)
         whole = steps[0] if contender in TOOLS or program == "first" else "process"  # what the process as a whole does
-        for step, seconds, kib, *found in output(f"{self.programs}/launch", repetition.launches, whole, *command):
-            if found and found != self.expected[step]:
+        command = [f"{self.programs}/launch", repetition.launches, whole, *command]
+        said = subprocess.run([str(word) for word in command], check=True, stdout=subprocess.PIPE, text=True).stdout
+        for step, seconds, kib, *found in map(str.split, said.splitlines()):
+            if found and list(map(int, found)) != self.expected[step]:
                 sys.exit(f"{contender}: {step}: found {found}, not {self.expected[step]}")
             if step in LABELS:
                 yield step, Figure(float(seconds), int(kib))
