@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# compare.py PROGRAMS [--quick] [--verbose] [--only KIND]: makes the data, runs the contenders in turn, each in a
+# compare.py PROGRAMS [--quick] [--verbose] [--only GROUP]: makes the data, runs the contenders in turn, each in a
 # fresh process, and prints the medians of their CPU times side by side, as a Markdown table.
 import argparse
 import collections
@@ -21,7 +21,7 @@ LINES_PER_SECTION = 24  # in our form
 PROBES = 1000
 
 # How often the work is done: on so many objects alive at once, so many times in a row in one process, and by how many
-# processes for one of the large data, as short runs scatter more. A figure is the mean of so many launches.
+# processes for one of the large data, as short runs scatter more. A figure is the mean of so many launches in a row.
 Repetition = collections.namedtuple("Repetition", "copies repeats processes launches memory", defaults=[1, "as it is"])
 ONCE = Repetition(1, 1, 1, memory="warmed")
 AFTER_A_REST = Repetition(1, 1, 1, memory="rested")
