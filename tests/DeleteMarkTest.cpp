@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Which calls clear the delete mark: the tables of docs/cursors.md, made anew and held against the
-// page.
+// Which calls clear the delete mark: each row of the tables in docs/cursors.md is tried.
 #include <gtest/gtest.h>
 
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -12,88 +13,73 @@
 
 namespace {
 
-/// A file in which a delete has just left a cursor somewhere.
-template <class File>
-struct AfterDelete {
-  const char* text;
-  bool (*erase)(File&);
-};
-template <class File>
-const std::vector<AfterDelete<File>> kEntries = {
-    {"y=2\nx=1\ny=2\n", [](File& f) { return f.DeleteEntry("x"); }},
-    {"y=2\nx=1\n", [](File& f) { return f.DeleteEntry("x"); }}};
-const std::vector<AfterDelete<SectionFile>> kSections = {
-    {"y{\n}\nx{\n}\ny{\n}\n", [](SectionFile& f) { return f.DeleteSection("x") == 2; }},
-    {"y{\n}\nx{\n}\n", [](SectionFile& f) { return f.DeleteSection("x") == 1; }}};
-const std::vector<AfterDelete<SectionFile>> kSectionEntries = {
-    {"{\ny=2\nx=1\ny=2\n}\n", [](SectionFile& f) { return f.DeleteSectionEntry("x"); }},
-    {"{\ny=2\nx=1\n}\n", [](SectionFile& f) { return f.DeleteSectionEntry("x"); }},
-    {"y=2\nx=1\n", [](SectionFile& f) { return f.DeleteEntry("x"); }}};
+/// For each column of a table the file in which what is called x is deleted first.
+using Columns = std::vector<const char*>;
+const Columns kEntries = {"y=2\nx=1\ny=2\n", "y=2\nx=1\n"};
+const Columns kSections = {"y{\n}\nx{\n}\ny{\n}\n", "y{\n}\nx{\n}\n"};
+const Columns kSectionEntries = {"{\ny=2\nx=1\ny=2\n}\n", "{\ny=2\nx=1\n}\n", "y=2\nx=1\n"};
 
-/// What the call does to the mark, in each of the files.
-template <class File, class Call>
-std::string Effects(const std::vector<AfterDelete<File>>& files, Call call) {
-  std::string cells;
-  for (const AfterDelete<File>& after : files) {
-    bool marks[2];
-    for (const bool marked : {false, true}) {
-      File file(after.text);
-      EXPECT_TRUE(after.erase(file) && file.DeleteMark());
-      if (!marked) file.GotoEntry("none");  // a failed lookup clears it and moves nothing
-      call(file);
-      marks[marked] = file.DeleteMark();
+template <class File>
+std::string Effect(const char* text, const FileCall<File>& call, CallArguments with) {
+  bool marks[2];
+  for (const bool marked : {false, true}) {
+    File file(text);
+    bool isDeleted = file.DeleteEntry("x");
+    if constexpr (File::kHasSections) {
+      isDeleted = isDeleted || file.DeleteSectionEntry("x") || file.DeleteSection("x") < 3;
     }
-    cells += marks[0] ? " sets |" : marks[1] ? " keeps |" : " clears |";
+    EXPECT_TRUE(isDeleted && file.DeleteMark());
+    if (!marked) file.GotoEntry("none");  // a failed lookup clears it and moves nothing
+    call.onFile(file, with);
+    marks[marked] = file.DeleteMark();
   }
-  return cells + "\n";
+  return marks[0] ? "sets" : marks[1] ? "keeps" : "clears";
 }
 
-/// Each call is made with a key that is not there and another value, and with those that are; it
-/// has two rows where that makes a difference.
+/// A call is tried with a key that is not there and another value, and with those that are.
+const CallArguments kArguments[] = {{"none", "5"}, {"y", "2"}};
+
+/// Tries what the row names: `AddEntry(...)`, or `DeleteEntry("y")` where the key or value matters.
+/// Takes from `untried` what it has tried; false if that is nothing.
 template <class File>
-std::string Table(const char* head, const std::vector<AfterDelete<File>>& files,
-                  const FileCallTable<File>& calls) {
-  std::string table = head, last;
-  for (const FileCall<File>& call : calls) {
-    const auto row = [&](const std::string& name, const CallArguments& with) {
-      return "| `" + name + "` |" + Effects(files, [&](File& file) {
-               CallArguments arguments = with;
-               call.onFile(file, arguments);
-             });
-    };
-    const CallArguments absent = {"none", "5"}, present = {"y", "2"};
-    const bool hasNone = call.text.ends_with("()");
-    const std::string name = call.text.substr(0, call.text.find('(')) + (hasNone ? "()" : "(...)");
-    std::string rows = row(name, absent);
-    if (rows != row(name, present)) {
-      rows = row(call.Statement(absent), absent) + row(call.Statement(present), present);
+bool Try(const std::string& row, const Columns& columns, std::set<std::string>& untried) {
+  const std::string name = row.substr(3, row.find('`', 3) - 3);
+  const std::size_t untriedBefore = untried.size();
+  for (const FileCall<File>& call : AllCalls<File>()) {
+    for (const CallArguments& with : kArguments) {
+      const std::string statement = call.Statement(with);
+      if (name != statement && name != call.text.substr(0, call.text.find('(')) + "(...)") continue;
+      std::string actual = "| `" + name + "` |";
+      for (const char* text : columns) actual += " " + Effect(text, call, with) + " |";
+      EXPECT_EQ(row, actual) << statement;
+      untried.erase(statement);
     }
-    if (rows != last) table += rows;
-    last = rows;
   }
-  return table + "\n";
+  return untried.size() < untriedBefore;
+}
+
+template <class File>
+std::set<std::string> AllStatements() {
+  std::set<std::string> all;
+  for (const FileCall<File>& call : AllCalls<File>()) {
+    for (const CallArguments& with : kArguments) all.insert(call.Statement(with));
+  }
+  return all;
 }
 
 TEST(DeleteMark, EachCallClearsOrKeepsItAsThePageSays) {
-  const char* const entries =
-      "| entries of a `ConfigFile`, and those outside sections | on an entry | at end |\n"
-      "|---|---|---|\n";
-  const std::string flat = Table(entries, kEntries<FlatFile>, kEntryCalls<FlatFile>);
-  EXPECT_EQ(flat, Table(entries, kEntries<SectionFile>, kEntryCalls<SectionFile>));
-  const std::string tables =
-      flat +
-      Table("| `ConfigFile` alone | on an entry | at end |\n|---|---|---|\n", kEntries<FlatFile>,
-            kFlatOnlyCalls<FlatFile>) +
-      Table("| sections | at a section | at end |\n|---|---|---|\n", kSections,
-            kSectionCalls<SectionFile>) +
-      Table("| entries of a section | on an entry | at end | no section |\n|---|---|---|---|\n",
-            kSectionEntries, kSectionEntryCalls<SectionFile>) +
-      Table("| the file | on an entry | at end |\n|---|---|---|\n", kEntries<FlatFile>,
-            kLifeCalls<FlatFile>);
-  const std::string page = TestFiles::Read(ZELCONFUTILS_CURSORS_PAGE),
-                    begin = "<!-- tables -->\n\n";
-  const std::size_t at = page.find(begin) + begin.size();
-  EXPECT_EQ(page.substr(at, page.find("<!-- end -->") - at), tables);
+  std::set<std::string> flat = AllStatements<FlatFile>(), sectioned = AllStatements<SectionFile>();
+  std::istringstream page(TestFiles::Read(ZELCONFUTILS_CURSORS_PAGE));
+  Columns columns;
+  for (std::string row; std::getline(page, row);) {
+    if (row.ends_with("| at end |")) columns = row.starts_with("| sections") ? kSections : kEntries;
+    if (row.ends_with("| no section |")) columns = kSectionEntries;
+    if (!row.starts_with("| `") || row.find('(') == row.npos) continue;
+    const bool isFlat = Try<FlatFile>(row, columns, flat);
+    EXPECT_TRUE(Try<SectionFile>(row, columns, sectioned) || isFlat) << "no such call: " << row;
+  }
+  EXPECT_EQ(flat, std::set<std::string>());  // each call has a row
+  EXPECT_EQ(sectioned, std::set<std::string>());
 }
 
 }  // namespace

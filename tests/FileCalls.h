@@ -47,94 +47,78 @@ using FileCallTable = std::vector<FileCall<File>>;
   { #call, ZELCONFUTILS_WITH(File& file, file.call), nullptr }
 
 // clang-format off
-/// All that moves, reads or edits entries of a flat file, or those outside sections.
-template <class File>
-inline const FileCallTable<File> kEntryCalls = {
-    CALL(Restart(), Restart()),
-    CALL(GotoEntry(key), Goto(m.entries, key)),
-    CALL(GotoNextEntry(), GotoNext(m.entries)),
-    CALL(GotoPreviousEntry(), GotoPrevious(m.entries)),
-    CALL(GotoFirstEntry(), GotoFirst(m.entries)),
-    CALL(GotoLastEntry(), GotoLast(m.entries)),
-    CALL_WITHOUT_MODEL(GetEntry(key, buffer, size)),
-    CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, other, otherSize)),
-    CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, nullptr, 0)),
-    CALL_WITHOUT_MODEL(GetCurrentEntry(nullptr, 0, other, otherSize)),
-    CALL(GetEntryCount(), Count(m.entries)),
-    CALL(AddEntry(key, value, false), Add(m.entries, key, value)),
-    CALL(AddEntry(key, value, true), AddAtTop(key, value)),
-    CALL(InsertEntry(key, value), InsertOutside(key, value)),
-    CALL(SetEntry(key, value), Set(m.entries, key, value)),
-    CALL(RenameEntry(key), Rename(m.entries, key)),
-    CALL(DeleteEntry(key), Delete(m.entries, key)),
-    CALL(DeleteCurrentEntry(), DeleteCurrent(m.Settled(m.entries))),
-    CALL(ClearAll(), Clear())};
-template <class File>
-inline const FileCallTable<File> kFlatOnlyCalls = {
-    CALL(SetCurrentEntry(value), SetCurrentOutside(value))};
-/// Of sections as a whole.
-template <class File>
-inline const FileCallTable<File> kSectionCalls = {
-    CALL(GotoSection(key), Goto(m.sections, key)),
-    CALL(GotoNextSection(), GotoNext(m.sections)),
-    CALL(GotoPreviousSection(), GotoPrevious(m.sections)),
-    CALL(GotoFirstSection(), GotoFirst(m.sections)),
-    CALL(GotoLastSection(), GotoLast(m.sections)),
-    CALL_WITHOUT_MODEL(GetSectionName(buffer, size)),
-    CALL(GetSectionCount(), Count(m.sections)),
-    CALL(SetSectionName(key), RenameSection(key)),
-    CALL(AddSection(key, false), AddSection(key, false)),
-    CALL(AddSection(key, true), AddSection(key, true)),
-    CALL(AddSection(false), AddSection("", false)),
-    CALL(AddSection(true), AddSection("", true)),
-    CALL(InsertSection(key), InsertSection(key)),
-    CALL(DeleteSection(key), DeleteSection(key)),
-    CALL(DeleteSection(), DeleteSection())};
-/// Of the current section's entries.
-template <class File>
-inline const FileCallTable<File> kSectionEntryCalls = {
-    CALL(RestartSection(), Unset(m.InSection())),
-    CALL(GotoSecEntry(key), Goto(m.InSettledSection(), key)),
-    CALL(GotoSecNextEntry(), GotoNext(m.InSettledSection())),
-    CALL(GotoSecPrevEntry(), GotoPrevious(m.InSettledSection())),
-    CALL(GotoSecFirstEntry(), GotoFirst(m.InSettledSection())),
-    CALL(GotoSecLastEntry(), GotoLast(m.InSettledSection())),
-    CALL_WITHOUT_MODEL(GetSectionEntry(key, buffer, size)),
-    CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, other, otherSize)),
-    CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, nullptr, 0)),
-    CALL_WITHOUT_MODEL(GetSecCurrentEntry(nullptr, 0, other, otherSize)),
-    CALL(GetSecEntryCount(), Count(m.InSettledSection())),
-    CALL(AddSectionEntry(key, value), Add(m.InSettledSection(), key, value)),
-    CALL(InsertSectionEntry(key, value, false), InsertIn(m.InSettledSection(), key, value)),
-    CALL(InsertSectionEntry(key, value, true), Replace(m.InSettledSection(), key, value)),
-    CALL(SetSectionEntry(key, value), Set(m.InSettledSection(), key, value)),
-    CALL(SetSecCurrentEntry(value), SetCurrent(m.Cleared(m.InSection()), value)),
-    CALL(RenameSectionEntry(key), Rename(m.Cleared(m.InSettledSection()), key)),
-    CALL(DeleteSectionEntry(key), Delete(m.InSettledSection(), key)),
-    CALL(DeleteSectionEntry(), DeleteCurrent(m.Cleared(m.InSection())))};
-/// Of the file.
-template <class File>
-inline const FileCallTable<File> kLifeCalls = {
-    CALL_WITHOUT_MODEL(Save(false, nullptr)),
-    CALL_WITHOUT_MODEL(Save(true, nullptr)),
-    CALL_WITHOUT_MODEL(SaveToBuffer(buffer, size)),
-    CALL_WITHOUT_MODEL(Reload()),
-    CALL_WITHOUT_MODEL(AttachToBuffer(value, nullptr))};
-// clang-format on
-
 template <class File>
 FileCallTable<File> AllCalls() {
-  FileCallTable<File> all = kEntryCalls<File>;
-  const auto add = [&all](const auto& calls) { all.insert(all.end(), calls.begin(), calls.end()); };
-  if constexpr (File::kHasSections) {
-    add(kSectionCalls<File>);
-    add(kSectionEntryCalls<File>);
+  FileCallTable<File> all = {
+      CALL(Restart(), Restart()),
+      CALL(GotoEntry(key), Goto(m.entries, key)),
+      CALL(GotoNextEntry(), GotoNext(m.entries)),
+      CALL(GotoPreviousEntry(), GotoPrevious(m.entries)),
+      CALL(GotoFirstEntry(), GotoFirst(m.entries)),
+      CALL(GotoLastEntry(), GotoLast(m.entries)),
+      CALL_WITHOUT_MODEL(GetEntry(key, buffer, size)),
+      CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, other, otherSize)),
+      CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, nullptr, 0)),
+      CALL_WITHOUT_MODEL(GetCurrentEntry(nullptr, 0, other, otherSize)),
+      CALL(GetEntryCount(), Count(m.entries)),
+      CALL(AddEntry(key, value, false), Add(m.entries, key, value)),
+      CALL(AddEntry(key, value, true), AddAtTop(key, value)),
+      CALL(InsertEntry(key, value), InsertOutside(key, value)),
+      CALL(SetEntry(key, value), Set(m.entries, key, value)),
+      CALL(RenameEntry(key), Rename(m.entries, key)),
+      CALL(DeleteEntry(key), Delete(m.entries, key)),
+      CALL(DeleteCurrentEntry(), DeleteCurrent(m.Settled(m.entries))),
+      CALL(ClearAll(), Clear()),
+      CALL_WITHOUT_MODEL(Save(false, nullptr)),
+      CALL_WITHOUT_MODEL(Save(true, nullptr)),
+      CALL_WITHOUT_MODEL(SaveToBuffer(buffer, size)),
+      CALL_WITHOUT_MODEL(Reload()),
+      CALL_WITHOUT_MODEL(AttachToBuffer(value, nullptr)),
+  };
+  if constexpr (!File::kHasSections) {
+    all.push_back(
+        CALL(SetCurrentEntry(value), SetCurrentOutside(value)));
   } else {
-    add(kFlatOnlyCalls<File>);
+    all.insert(all.end(), {
+        CALL(GotoSection(key), Goto(m.sections, key)),
+        CALL(GotoNextSection(), GotoNext(m.sections)),
+        CALL(GotoPreviousSection(), GotoPrevious(m.sections)),
+        CALL(GotoFirstSection(), GotoFirst(m.sections)),
+        CALL(GotoLastSection(), GotoLast(m.sections)),
+        CALL_WITHOUT_MODEL(GetSectionName(buffer, size)),
+        CALL(GetSectionCount(), Count(m.sections)),
+        CALL(SetSectionName(key), RenameSection(key)),
+        CALL(AddSection(key, false), AddSection(key, false)),
+        CALL(AddSection(key, true), AddSection(key, true)),
+        CALL(AddSection(false), AddSection("", false)),
+        CALL(AddSection(true), AddSection("", true)),
+        CALL(InsertSection(key), InsertSection(key)),
+        CALL(DeleteSection(key), DeleteSection(key)),
+        CALL(DeleteSection(), DeleteSection()),
+        CALL(RestartSection(), Unset(m.InSection())),
+        CALL(GotoSecEntry(key), Goto(m.InSettledSection(), key)),
+        CALL(GotoSecNextEntry(), GotoNext(m.InSettledSection())),
+        CALL(GotoSecPrevEntry(), GotoPrevious(m.InSettledSection())),
+        CALL(GotoSecFirstEntry(), GotoFirst(m.InSettledSection())),
+        CALL(GotoSecLastEntry(), GotoLast(m.InSettledSection())),
+        CALL_WITHOUT_MODEL(GetSectionEntry(key, buffer, size)),
+        CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, other, otherSize)),
+        CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, nullptr, 0)),
+        CALL_WITHOUT_MODEL(GetSecCurrentEntry(nullptr, 0, other, otherSize)),
+        CALL(GetSecEntryCount(), Count(m.InSettledSection())),
+        CALL(AddSectionEntry(key, value), Add(m.InSettledSection(), key, value)),
+        CALL(InsertSectionEntry(key, value, false), InsertIn(m.InSettledSection(), key, value)),
+        CALL(InsertSectionEntry(key, value, true), Replace(m.InSettledSection(), key, value)),
+        CALL(SetSectionEntry(key, value), Set(m.InSettledSection(), key, value)),
+        CALL(SetSecCurrentEntry(value), SetCurrent(m.Cleared(m.InSection()), value)),
+        CALL(RenameSectionEntry(key), Rename(m.Cleared(m.InSettledSection()), key)),
+        CALL(DeleteSectionEntry(key), Delete(m.InSettledSection(), key)),
+        CALL(DeleteSectionEntry(), DeleteCurrent(m.Cleared(m.InSection()))),
+    });
   }
-  add(kLifeCalls<File>);
   return all;
 }
+// clang-format on
 
 #undef CALL
 #undef CALL_WITHOUT_MODEL

@@ -3,11 +3,9 @@
 #define ZELCONFUTILS_TESTS_FILE_FIXTURES_H
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
-#include <vector>
 
 #include "ConfigException.h"
 #include "ConfigFile.h"
@@ -21,40 +19,35 @@ struct FileTokens {
 };
 inline constexpr FileTokens kFlatTokens = {"", "", "", "=", "#", ""};
 inline constexpr FileTokens kPresetTokens = {"section", "{\n", "}\n", "=", "#", ""};
-inline constexpr FileTokens kTwoLineTokens = {"section", "\n{\n", "}\n", "=", "#", ""};
-
-constexpr std::size_t kTooSmall = 4294967295;  // also: no such section
-
-inline std::string ResultText(bool result) { return result ? "true" : "false"; }
-inline std::string ResultText(std::size_t result) { return std::to_string(result); }
-inline std::string ResultText(const std::string& text) { return text; }
 
 /// What a call says, or the message of what it throws.
 template <class Call>
 std::string Outcome(Call call) {
   try {
-    if constexpr (std::is_void_v<decltype(call())>) {
-      call();
-      return "";
+    using Result = decltype(call());
+    if constexpr (std::is_same_v<Result, bool>) {
+      return call() ? "true" : "false";
+    } else if constexpr (std::is_same_v<Result, std::size_t>) {
+      return std::to_string(call());
+    } else if constexpr (std::is_void_v<Result>) {
+      return call(), "";
     } else {
-      return ResultText(call());
+      return call();
     }
   } catch (const ConfigException& failure) {
     return failure.what();
   }
 }
 
-/// The place of a cursor: none when it is unset, the number of elements when it is at end.
-using CursorPlace = std::optional<std::size_t>;
-
 /// `a[1] >b[2]`: the cursor is at b. `(unset) a[1] b[2]` and `a[1] b[2] (end)` are its other
 /// states.
-inline std::string ListText(const std::vector<std::string>& elements, CursorPlace cursor) {
-  std::string all = cursor ? "" : "(unset) ";
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    all += (cursor == i ? ">" : "") + elements[i] + " ";
+template <class List, class IsAt, class Show>
+std::string ListText(List& list, bool isUnset, IsAt isAt, Show show) {
+  std::string all = isUnset ? "(unset) " : "";
+  for (auto place = list.begin(); place != list.end(); ++place) {
+    all += (isAt(place) ? ">" : "") + show(*place) + " ";
   }
-  if (cursor == elements.size()) all += "(end) ";
+  if (isAt(list.end())) all += "(end) ";
   if (!all.empty()) all.pop_back();
   return all;
 }
@@ -73,18 +66,6 @@ inline std::string DumpText(const std::string& image, const std::string& entries
          "\nsections:    " + sections + "\ndelete mark: " + (deleteMark ? "set" : "clear") + "\n";
 }
 
-template <class Element, class Show>
-std::string ListText(Configuration::LinkedList<Element>& list,
-                     Configuration::LinkedListPosition<Element> cursor, Show show) {
-  std::vector<std::string> elements;
-  CursorPlace place;
-  for (auto at = list.First();; at.StepForward()) {
-    if (at == cursor) place = elements.size();
-    if (at.IsEnd()) return ListText(elements, place);
-    elements.push_back(show(*at));
-  }
-}
-
 /// A file object with verbs for tests. A look at it changes nothing: it reads the members.
 template <class Base>
 class FileFixture : public Base {
@@ -94,11 +75,22 @@ class FileFixture : public Base {
   using Base::Load;
   using Base::Read;
 
+  /// A real file with that content.
+  explicit FileFixture(std::string_view content,
+                       const FileTokens& with = kHasSections ? kPresetTokens : kFlatTokens)
+      : FileFixture(with, TestFiles::Written(content).c_str()) {}
+  FileFixture(const FileTokens& with, const char* source, bool create = false, bool reads = false,
+              bool isText = false) requires kHasSections
+      : Base(source, create, reads, isText, with.keyword, with.start, with.stop, with.separator,
+             with.comment, with.prefix) {}
+  FileFixture(const FileTokens& with, const char* source, bool create = false, bool reads = false,
+              bool isText = false) requires(!kHasSections)
+      : Base(source, create, reads, isText, with.separator, with.comment, with.prefix) {}
+
   bool DeleteMark() const { return this->afterDelete; }
   bool IsTornDown() const {
     return this->lines == nullptr && this->path == nullptr && this->entries == nullptr;
   }
-
   std::string Image() {
     std::string image(this->lines->totalLength + 1, '~');
     if (!this->SaveToBuffer(image.data(), image.size())) return "(longer than its lines)";
@@ -113,12 +105,11 @@ class FileFixture : public Base {
   /// The sections with their entries, and all their cursors.
   std::string Sections() {
     if constexpr (kHasSections) {
-      if (!this->sections->IsEmpty()) {
-        return ListText(*this->sections, *this->sectionCursor, [](auto& section) {
-          return SectionText(std::string(section.Name()),
-                             EntriesText(section.entries, section.entryCursor));
-        });
-      }
+      const auto show = [](auto& section) {
+        return SectionText(std::string(section.Name()),
+                           EntriesText(section.entries, section.entryCursor));
+      };
+      if (!this->sections->IsEmpty()) return Text(*this->sections, *this->sectionCursor, show);
     }
     return "(none)";
   }
@@ -128,33 +119,18 @@ class FileFixture : public Base {
   }
 
  private:
-  static std::string EntriesText(Configuration::ConfigEntryList& entries,
-                                 Configuration::ConfigEntryPosition cursor) {
-    return ListText(entries, cursor, [](auto& entry) {
+  static std::string EntriesText(auto& entries, auto cursor) {
+    return Text(entries, cursor, [](auto& entry) {
       return EntryText(std::string(entry.Name()), std::string(entry.Value()));
     });
   }
+  static std::string Text(auto& list, auto cursor, auto show) {
+    const auto isAt = [&](auto place) { return list.PositionOf(place) == cursor; };
+    return ListText(list, cursor.IsUnset(), isAt, show);
+  }
 };
-
-class FlatFile : public FileFixture<Configuration::ConfigFile> {
- public:
-  /// A real file with that content.
-  explicit FlatFile(std::string_view content, const FileTokens& with = kFlatTokens)
-      : FlatFile(with, TestFiles::Written(content).c_str()) {}
-  FlatFile(const FileTokens& with, const char* source, bool create = false, bool reads = false,
-           bool isText = false)
-      : FileFixture(source, create, reads, isText, with.separator, with.comment, with.prefix) {}
-};
-
-class SectionFile : public FileFixture<Configuration::MultiSectionFile> {
- public:
-  explicit SectionFile(std::string_view content, const FileTokens& with = kPresetTokens)
-      : SectionFile(with, TestFiles::Written(content).c_str()) {}
-  SectionFile(const FileTokens& with, const char* source, bool create = false, bool reads = false,
-              bool isText = false)
-      : FileFixture(source, create, reads, isText, with.keyword, with.start, with.stop,
-                    with.separator, with.comment, with.prefix) {}
-};
+using FlatFile = FileFixture<Configuration::ConfigFile>;
+using SectionFile = FileFixture<Configuration::MultiSectionFile>;
 
 /// What a read of the file at `path` says: its image, or its message.
 inline std::string Reading(const std::string& path, bool readOnly) {

@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <memory>
+#include <iterator>
+#include <list>
+#include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "FileFixtures.h"
 
@@ -27,73 +28,72 @@ class FileModel {
     bool isShared = false;  // a name line that somebody else owns too
     string All() const { return head + key + gap + value + tail; }
   };
-  /// Elements in order, and a cursor.
+  using LinePlace = std::list<Line>::iterator;
+
+  /// Elements in order, and a cursor that stays at its element.
   template <class Element>
-  struct List {
-    std::vector<std::shared_ptr<Element>> all = {};
-    CursorPlace at = {};
-    size_t End() const { return all.size(); }
-    bool IsAtElement() const { return at && *at < End(); }
-    Element& Current() const { return *all[*at]; }
-    size_t Find(Text name) const {
-      size_t place = 0;
-      while (place < End() && all[place]->key != name) ++place;
-      return place;
+  struct List : std::list<Element> {
+    using Place = typename std::list<Element>::iterator;
+    std::optional<Place> at = {};
+    bool IsAtElement() { return at && *at != this->end(); }
+    Element& Current() { return **at; }
+    Place Find(Text name) {
+      return std::find_if(this->begin(), this->end(),
+                          [&](const Element& each) { return each.Name() == name; });
     }
-    bool To(size_t place) {
-      if (place < End()) at = place;
-      return place < End();
+    bool To(Place place) {
+      if (place != this->end()) at = place;
+      return place != this->end();
     }
-    void Insert(size_t place, std::shared_ptr<Element> element) {
-      all.insert(all.begin() + static_cast<std::ptrdiff_t>(place), element);
-      if (at >= place) ++*at;  // the cursor keeps its element
-    }
-    void Erase(size_t place) {
-      all.erase(all.begin() + static_cast<std::ptrdiff_t>(place));
-      at = place;
-    }
+    void Clear() { at = this->erase(this->begin(), this->end()); }
   };
-  using Lines = List<Line>;
+  struct Entry {
+    LinePlace line;
+    Text Name() const { return line->key; }
+  };
+  using Entries = List<Entry>;
   struct Section {
-    string key = "";  // its name
-    Lines entries = {};
-    std::shared_ptr<Line> start = nullptr, stop = nullptr;
+    string name = "";
+    LinePlace start = {}, stop = {};
     bool hasNameLine = true;
+    Entries entries = {};
+    Text Name() const { return name; }
   };
 
   explicit FileModel(const FileTokens& tokens) : t(tokens) {}
 
   // --- Which list, and what a call does to it first ---
 
-  Lines entries;
+  Entries entries;
   List<Section> sections;
-  template <class L>
-  L& Cleared(L& list) {
+  auto& Cleared(auto& list) {
     mark = false;
     return list;
   }
-  template <class L>
-  L& Settled(L& list) {
-    list.at = list.at.value_or(0);
+  auto& Settled(auto& list) {
+    list.at = list.at.value_or(list.begin());
     return list;
   }
   /// The entries of the current section; without one an empty list that nobody remembers.
-  Lines& InSection() {
-    nothing = {{}, 0};
+  Entries& InSection() {
+    nothing.Clear();
     return sections.IsAtElement() ? sections.Current().entries : nothing;
   }
-  Lines& InSettledSection() { return Settled(sections), InSection(); }
+  Entries& InSettledSection() { return Settled(sections), InSection(); }
 
   // --- Steps of a cursor; they clear the mark ---
 
   bool Goto(auto& list, Text name) { return Cleared(list).To(list.Find(name)); }
-  bool GotoFirst(auto& list) { return Cleared(list).To(0); }
-  bool GotoLast(auto& list) { return Cleared(list).To(list.End() - 1); }
-  bool GotoPrevious(auto& list) { return Cleared(list).at > 0u && list.To(*list.at - 1); }
+  bool GotoFirst(auto& list) { return Cleared(list).To(list.begin()); }
+  bool GotoLast(auto& list) { return GotoFirst(list) && list.To(std::prev(list.end())); }
+  bool GotoPrevious(auto& list) {
+    if (Cleared(list).at.value_or(list.begin()) == list.begin()) return false;
+    return list.To(std::prev(*list.at));
+  }
   bool GotoNext(auto& list) {
     const bool isThere = std::exchange(mark, false);  // a delete has put it on the next element
     if (!list.at) {
-      list.at = 0;
+      list.at = list.begin();
     } else if (list.IsAtElement() && !isThere) {
       ++*list.at;
     }
@@ -101,131 +101,131 @@ class FileModel {
   }
   void Unset(auto& list) { Cleared(list).at = {}; }
   void Restart() { Unset(entries), Unset(sections); }
-  size_t Count(const auto& list) const { return list.End(); }
+  size_t Count(const auto& list) const { return list.size(); }
 
   // --- Edits of entries ---
 
-  bool Add(Lines& list, Text key, Text value) {
+  bool Add(Entries& list, Text key, Text value) {
     if (&Cleared(list) == &nothing) return false;
-    const bool isOutside = &list == &entries;
-    return Compose(list, list.End(), isOutside ? lines.End() : LineOf(sections.Current().stop), key,
-                   value);
+    const LinePlace line = &list == &entries ? lines.end() : sections.Current().stop;
+    return Compose(list, list.end(), line, key, value);
   }
-  bool AddAtTop(Text key, Text value) { return Compose(Cleared(entries), 0, 0, key, value); }
+  bool AddAtTop(Text key, Text value) {
+    return Compose(Cleared(entries), entries.begin(), lines.begin(), key, value);
+  }
   /// Directly before the current one.
-  bool Insert(Lines& list, Text key, Text value) {
+  bool Insert(Entries& list, Text key, Text value) {
     if (&list == &nothing) return false;
     if (!Settled(Cleared(list)).IsAtElement()) return Add(list, key, value);
-    return Compose(list, *list.at, LineOf(list.all[*list.at]), key, value);
+    return Compose(list, *list.at, list.Current().line, key, value);
   }
   bool InsertOutside(Text key, Text value) {
-    return Settled(entries).at == 0u ? AddAtTop(key, value) : Insert(entries, key, value);
+    const bool isFirst = Settled(entries).at == entries.begin();
+    return isFirst ? AddAtTop(key, value) : Insert(entries, key, value);
   }
   /// The new entry becomes the current one, but at end.
-  bool InsertIn(Lines& list, Text key, Text value) {
+  bool InsertIn(Entries& list, Text key, Text value) {
     const bool isAdded = Insert(list, key, value);
     if (isAdded && list.IsAtElement()) --*list.at;
     return isAdded;
   }
-  bool Replace(Lines& list, Text key, Text value) {
-    return list.Find(key) < list.End() ? Set(list, key, value) != 0 : InsertIn(list, key, value);
+  bool Replace(Entries& list, Text key, Text value) {
+    const bool isNew = list.Find(key) == list.end();
+    return isNew ? InsertIn(list, key, value) : Set(list, key, value) != 0;
   }
-  size_t Set(Lines& list, Text key, Text value) {
-    const size_t found = Cleared(list).Find(key);
-    if (found < list.End()) return SetValue(*list.all[found], value);
+  size_t Set(Entries& list, Text key, Text value) {
+    const auto found = Cleared(list).Find(key);
+    if (found != list.end()) return SetValue(*found->line, value);
     return Add(list, key, value) ? 2 : 0;
   }
-  size_t SetCurrent(Lines& list, Text value) {
-    return list.IsAtElement() ? SetValue(list.Current(), value) : 0;
+  size_t SetCurrent(Entries& list, Text value) {
+    return list.IsAtElement() ? SetValue(*list.Current().line, value) : 0;
   }
   size_t SetCurrentOutside(Text value) {
     const size_t result = SetCurrent(Settled(entries), value);
     if (entries.IsAtElement() && result != 1) mark = false;
     return result;
   }
-  bool Rename(Lines& list, Text key) {
-    if (!Settled(list).IsAtElement() || key.empty() || list.Current().isShared) return false;
-    Line line = list.Current();
+  bool Rename(Entries& list, Text key) {
+    if (!Settled(list).IsAtElement() || key.empty()) return false;
+    Line line = *list.Current().line;
     if (line.key.empty()) {  // its place is counted back from the first separator of the line
       const string front = line.head + line.gap;
       line.head = front.substr(0, KeyEnd(front));
       line.gap = front.substr(KeyEnd(front));
     }
-    if ((line.gap + line.value + line.tail).size() > 1023) return false;
+    if (line.isShared || (line.gap + line.value + line.tail).size() > 1023) return false;
     line.key = key;
-    list.Current() = line;
+    *list.Current().line = line;
     return true;
   }
-  bool Delete(Lines& list, Text key) { return DeleteAt(Cleared(list), list.Find(key)); }
-  bool DeleteCurrent(Lines& list) { return list.at && DeleteAt(list, *list.at); }
+  bool Delete(Entries& list, Text key) { return DeleteAt(Cleared(list), list.Find(key)); }
+  bool DeleteCurrent(Entries& list) { return list.at && DeleteAt(list, *list.at); }
 
   // --- Edits of sections ---
 
   bool AddSection(Text name, bool atFront) {
-    return Compose(name, atFront ? 0 : sections.End(), atFront ? 0 : lines.End());
+    return atFront ? Compose(name, sections.begin(), lines.begin())
+                   : Compose(name, sections.end(), lines.end());
   }
   bool InsertSection(Text name) {
-    const size_t place = *Settled(sections).at;
-    if (place == 0 || place == sections.End()) return AddSection(name, place == 0);
-    const auto& line = sections.Current().start;
-    return sections.all[place - 1]->stop != line && Compose(name, place, LineOf(line));
+    const auto place = *Settled(sections).at;
+    const bool isFirst = place == sections.begin();
+    if (isFirst || !sections.IsAtElement()) return AddSection(name, isFirst);
+    return std::prev(place)->stop != place->start && Compose(name, place, place->start);
   }
   bool RenameSection(Text name) {
     if (!Settled(Cleared(sections)).IsAtElement()) return false;
     Section& section = sections.Current();
     if (!section.hasNameLine || section.start->isShared) return false;
     section.start->head = NameLine(name);
-    section.key = name;
+    section.name = name;
     return true;
   }
+  static constexpr size_t kNoSection = 4294967295;
   size_t DeleteSection() {
-    if (!Settled(sections).IsAtElement()) return kTooSmall;
-    const Section section = sections.Current();
-    if (section.start->isShared || section.stop->isShared) return kTooSmall;
-    const size_t start = LineOf(section.start);
-    for (size_t n = LineOf(section.stop) - start + 1; n > 0; --n) lines.Erase(start);
-    sections.Erase(*sections.at);
+    if (!Settled(sections).IsAtElement()) return kNoSection;
+    const Section& section = sections.Current();
+    if (section.start->isShared || section.stop->isShared) return kNoSection;
+    lines.erase(section.start, std::next(section.stop));
+    sections.at = sections.erase(*sections.at);
     mark = true;
-    return sections.End();
+    return sections.size();
   }
-  size_t DeleteSection(Text name) { return Goto(sections, name) ? DeleteSection() : kTooSmall; }
+  size_t DeleteSection(Text name) { return Goto(sections, name) ? DeleteSection() : kNoSection; }
 
   // --- The file ---
 
   void Clear() {
-    lines = entries = {{}, 0};
-    sections = {{}, 0};
+    sections.Clear();
+    entries.Clear();
+    lines.clear();
     isCorrupted = mark = false;
   }
   /// Takes the bytes of a file, which `isCorrupted` when they end inside a section.
-  void Load(Text image) {
+  bool Load(Text image) {
     Clear();
-    for (size_t at = 0; at < image.size(); at += lines.all.back()->head.size()) {
-      AddLine({image.substr(at, std::min(image.find('\n', at), at + 1022) - at + 1)}, lines.End());
+    for (size_t at = 0; at < image.size(); at += lines.back().head.size()) {
+      lines.push_back({image.substr(at, std::min(image.find('\n', at), at + 1022) - at + 1)});
     }
-    std::shared_ptr<Section> open;
-    std::shared_ptr<Line> before, lastStop;
-    for (const auto& line : lines.all) {
+    Section* open = nullptr;
+    for (LinePlace line = lines.begin(); line != lines.end(); ++line) {
       const string text = line->head;
       const size_t start = *t.start ? text.find(Start()) : string::npos;
       if (text.find(t.comment) == 0) {
       } else if (open != nullptr && text.find(Stop()) != string::npos) {
-        std::exchange(open, nullptr)->stop = lastStop = line;
+        std::exchange(open, nullptr)->stop = line;
       } else if (open == nullptr && start != string::npos && start <= Separator(text)) {
-        const bool isNamedAbove = IsTwoLineForm() && before != nullptr;
-        open = std::make_shared<Section>();
-        open->hasNameLine = isNamedAbove || !IsTwoLineForm();
-        open->start = isNamedAbove ? before : line;
-        if (open->hasNameLine) open->key = NameIn(open->start->All());
-        open->start->isShared |= open->start == lastStop || !open->start->gap.empty();
-        sections.all.push_back(open);
+        open = &Open(line);
       } else if (Separator(text) != string::npos) {
         Parse(*line);
-        (open != nullptr ? open->entries : entries).all.push_back(line);
+        (open != nullptr ? open->entries : entries).push_back({line});
       }
-      before = line;
     }
+    entries.at = entries.begin();
+    sections.at = sections.begin();
     isCorrupted = open != nullptr;
+    return true;
   }
   /// Takes a text up to its last line feed; false at a line that is too long.
   bool Attach(Text text) {
@@ -233,49 +233,37 @@ class FileModel {
     while ((end = text.find('\n', at)) != string::npos && end - at < 1023) at = end + 1;
     Load(text.substr(0, at));
     if (end == string::npos) return true;
-    entries = {{}, 0};
-    sections = {{}, 0};
+    entries.Clear();
+    sections.Clear();
     return isCorrupted = false;
   }
   bool isCorrupted = false;
 
   string Image() const {
     string image;
-    for (const auto& line : lines.all) image += line->All();
+    for (const Line& line : lines) image += line.All();
     return image;
   }
-  string Dump() const {
-    std::vector<string> shown;
-    for (const auto& section : sections.all) {
-      shown.push_back(SectionText(section->key, EntriesText(section->entries)));
-    }
+  string Dump() {
+    const auto show = [](Section& each) { return SectionText(each.name, Shown(each.entries)); };
     // Without sections an unset cursor and one at end are the same to a caller.
-    return DumpText(Image(), EntriesText(entries),
-                    shown.empty() ? "(none)" : ListText(shown, sections.at), mark);
+    const string shown = sections.empty() ? "(none)" : Shown(sections, show);
+    return DumpText(Image(), Shown(entries), shown, mark);
   }
 
  private:
-  size_t LineOf(const std::shared_ptr<Line>& line) const {
-    return static_cast<size_t>(std::find(lines.all.begin(), lines.all.end(), line) -
-                               lines.all.begin());
-  }
-  std::shared_ptr<Line> AddLine(const Line& parts, size_t place) {
-    lines.Insert(place, std::make_shared<Line>(parts));
-    return lines.all[place];
-  }
-  bool Compose(Lines& list, size_t place, size_t lineAt, Text key, Text value) {
+  bool Compose(Entries& list, Entries::Place place, LinePlace next, Text key, Text value) {
     const Line line = {t.prefix, key, t.separator, value, "\n"};
     if (line.All().size() > 1023) return false;
-    list.Insert(place, AddLine(line, lineAt));
+    list.insert(place, {lines.insert(next, line)});
     return true;
   }
-  bool Compose(Text name, size_t place, size_t lineAt) {
+  bool Compose(Text name, List<Section>::Place place, LinePlace next) {
     Section section = {name};
-    section.start = AddLine({NameLine(name)}, lineAt++);
-    if (IsTwoLineForm()) AddLine({Start()}, lineAt++);
-    section.stop = AddLine({Stop()}, lineAt);
-    sections.Insert(place, std::make_shared<Section>(section));
-    return Cleared(sections).To(place);
+    section.start = lines.insert(next, {NameLine(name)});
+    if (IsTwoLineForm()) lines.insert(next, {Start()});
+    section.stop = lines.insert(next, {Stop()});
+    return Cleared(sections).To(sections.insert(place, section));
   }
   static size_t SetValue(Line& line, Text value) {
     if (line.value == value) return 1;
@@ -283,11 +271,22 @@ class FileModel {
     line.value = value;
     return 2;
   }
-  bool DeleteAt(Lines& list, size_t place) {
-    if (place >= list.End() || list.all[place]->isShared) return false;
-    lines.Erase(LineOf(list.all[place]));
-    list.Erase(place);
+  bool DeleteAt(Entries& list, Entries::Place place) {
+    if (place == list.end() || place->line->isShared) return false;
+    lines.erase(place->line);
+    list.at = list.erase(place);
     return mark = true;
+  }
+  /// The section whose start token is in that line.
+  Section& Open(LinePlace line) {
+    Section section;
+    section.hasNameLine = !IsTwoLineForm() || line != lines.begin();
+    section.start = IsTwoLineForm() && section.hasNameLine ? std::prev(line) : line;
+    if (section.hasNameLine) section.name = NameIn(section.start->All());
+    const bool isEntry = !section.start->gap.empty();
+    section.start->isShared |=
+        isEntry || (!sections.empty() && sections.back().stop == section.start);
+    return sections.emplace_back(section);
   }
 
   // A token's leading line feed belongs to the line before.
@@ -323,14 +322,17 @@ class FileModel {
     if (IsTwoLineForm()) return keyword + name + "\n";
     return keyword + name + (name.empty() ? "" : " ") + t.start;
   }
-  static string EntriesText(const Lines& list) {
-    std::vector<string> shown;
-    for (const auto& line : list.all) shown.push_back(EntryText(line->key, line->value));
-    return ListText(shown, list.at);
+  static string Shown(auto& list, auto show) {
+    const auto isAt = [&](auto place) { return list.at == place; };
+    return ListText(list, !list.at, isAt, show);
+  }
+  static string Shown(Entries& list) {
+    return Shown(list, [](Entry& entry) { return EntryText(entry.line->key, entry.line->value); });
   }
 
   FileTokens t;
-  Lines lines, nothing;
+  std::list<Line> lines;
+  Entries nothing;
   bool mark = false;
 };
 
