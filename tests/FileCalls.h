@@ -47,6 +47,8 @@ using FileCallTable = std::vector<FileCall<File>>;
   { #call, ZELCONFUTILS_WITH(File& file, file.call), nullptr }
 
 // clang-format off
+/// Each call of the class, and with either value where it takes a bool. The inputs of the walk
+/// choose by their order.
 template <class File>
 FileCallTable<File> AllCalls() {
   FileCallTable<File> all = {

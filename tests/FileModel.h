@@ -202,7 +202,7 @@ class FileModel {
     lines.clear();
     isCorrupted = mark = false;
   }
-  /// Takes the bytes of a file, which `isCorrupted` when they end inside a section.
+  /// Takes the bytes of a file: true, also when it `isCorrupted` as they end inside a section.
   bool Load(Text image) {
     Clear();
     for (size_t at = 0; at < image.size(); at += lines.back().head.size()) {

@@ -7,7 +7,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-printed='1 1 1 0 1 File "" is corrupted!'
+printed='1 1 1 0 1 File "two.cfg" is corrupted!'
 
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
 same() { [ "$2" = "$3" ] || fail "$1: expected"$'\n'"$2"$'\n'"but got"$'\n'"$3"; }

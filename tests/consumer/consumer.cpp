@@ -30,7 +30,7 @@ int main(int, char** argv) {
   std::printf("%zu %zu %d %d %d ", flat.GetEntryCount(), sectioned.GetSectionCount(), tokens,
               tree.Empty(), self.Load(argv[0]));
   try {
-    sectioned.AttachToBuffer("section two {\n", nullptr);
+    sectioned.AttachToBuffer("section two {\n", "two.cfg");
   } catch (const ConfigException& error) {
     std::puts(error.what());
   }
