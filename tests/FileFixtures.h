@@ -71,7 +71,6 @@ template <class Base>
 class FileFixture : public Base {
  public:
   static constexpr bool kHasSections = std::is_base_of_v<Configuration::MultiSectionFile, Base>;
-  using Base::Base;
   using Base::Load;
   using Base::Read;
 
