@@ -39,7 +39,7 @@ class FileModel {
     Element& Current() { return **at; }
     Place Find(Text name) {
       return std::find_if(this->begin(), this->end(),
-                          [&](const Element& each) { return each.Name() == name; });
+                          [&](const Element& each) { return NameOf(each) == name; });
     }
     bool To(Place place) {
       if (place != this->end()) at = place;
@@ -47,17 +47,12 @@ class FileModel {
     }
     void Clear() { at = this->erase(this->begin(), this->end()); }
   };
-  struct Entry {
-    LinePlace line;
-    Text Name() const { return line->key; }
-  };
-  using Entries = List<Entry>;
+  using Entries = List<LinePlace>;
   struct Section {
     string name = "";
     LinePlace start = {}, stop = {};
     bool hasNameLine = true;
     Entries entries = {};
-    Text Name() const { return name; }
   };
 
   explicit FileModel(const FileTokens& tokens) : t(tokens) {}
@@ -117,7 +112,7 @@ class FileModel {
   bool Insert(Entries& list, Text key, Text value) {
     if (&list == &nothing) return false;
     if (!Settled(Cleared(list)).IsAtElement()) return Add(list, key, value);
-    return Compose(list, *list.at, list.Current().line, key, value);
+    return Compose(list, *list.at, list.Current(), key, value);
   }
   bool InsertOutside(Text key, Text value) {
     const bool isFirst = Settled(entries).at == entries.begin();
@@ -135,11 +130,11 @@ class FileModel {
   }
   size_t Set(Entries& list, Text key, Text value) {
     const auto found = Cleared(list).Find(key);
-    if (found != list.end()) return SetValue(*found->line, value);
+    if (found != list.end()) return SetValue(**found, value);
     return Add(list, key, value) ? 2 : 0;
   }
   size_t SetCurrent(Entries& list, Text value) {
-    return list.IsAtElement() ? SetValue(*list.Current().line, value) : 0;
+    return list.IsAtElement() ? SetValue(*list.Current(), value) : 0;
   }
   size_t SetCurrentOutside(Text value) {
     const size_t result = SetCurrent(Settled(entries), value);
@@ -148,7 +143,7 @@ class FileModel {
   }
   bool Rename(Entries& list, Text key) {
     if (!Settled(list).IsAtElement() || key.empty()) return false;
-    Line line = *list.Current().line;
+    Line line = *list.Current();
     if (line.key.empty()) {  // its place is counted back from the first separator of the line
       const string front = line.head + line.gap;
       line.head = front.substr(0, KeyEnd(front));
@@ -156,7 +151,7 @@ class FileModel {
     }
     if (line.isShared || (line.gap + line.value + line.tail).size() > 1023) return false;
     line.key = key;
-    *list.Current().line = line;
+    *list.Current() = line;
     return true;
   }
   bool Delete(Entries& list, Text key) { return DeleteAt(Cleared(list), list.Find(key)); }
@@ -219,7 +214,7 @@ class FileModel {
         open = &Open(line);
       } else if (Separator(text) != string::npos) {
         Parse(*line);
-        (open != nullptr ? open->entries : entries).push_back({line});
+        (open != nullptr ? open->entries : entries).push_back(line);
       }
     }
     entries.at = entries.begin();
@@ -255,7 +250,7 @@ class FileModel {
   bool Compose(Entries& list, Entries::Place place, LinePlace next, Text key, Text value) {
     const Line line = {t.prefix, key, t.separator, value, "\n"};
     if (line.All().size() > 1023) return false;
-    list.insert(place, {lines.insert(next, line)});
+    list.insert(place, lines.insert(next, line));
     return true;
   }
   bool Compose(Text name, List<Section>::Place place, LinePlace next) {
@@ -265,6 +260,8 @@ class FileModel {
     section.stop = lines.insert(next, {Stop()});
     return Cleared(sections).To(sections.insert(place, section));
   }
+  static Text NameOf(LinePlace entry) { return entry->key; }
+  static Text NameOf(const Section& section) { return section.name; }
   static size_t SetValue(Line& line, Text value) {
     if (line.value == value) return 1;
     if (line.isShared) return 0;
@@ -272,8 +269,8 @@ class FileModel {
     return 2;
   }
   bool DeleteAt(Entries& list, Entries::Place place) {
-    if (place == list.end() || place->line->isShared) return false;
-    lines.erase(place->line);
+    if (place == list.end() || (*place)->isShared) return false;
+    lines.erase(*place);
     list.at = list.erase(place);
     return mark = true;
   }
@@ -284,8 +281,8 @@ class FileModel {
     section.start = IsTwoLineForm() && section.hasNameLine ? std::prev(line) : line;
     if (section.hasNameLine) section.name = NameIn(section.start->All());
     const bool isEntry = !section.start->gap.empty();
-    section.start->isShared |=
-        isEntry || (!sections.empty() && sections.back().stop == section.start);
+    const bool isStop = !sections.empty() && sections.back().stop == section.start;
+    section.start->isShared = isEntry || isStop;
     return sections.emplace_back(section);
   }
 
@@ -327,7 +324,7 @@ class FileModel {
     return ListText(list, !list.at, isAt, show);
   }
   static string Shown(Entries& list) {
-    return Shown(list, [](Entry& entry) { return EntryText(entry.line->key, entry.line->value); });
+    return Shown(list, [](LinePlace entry) { return EntryText(entry->key, entry->value); });
   }
 
   FileTokens t;
