@@ -59,6 +59,7 @@ class FileWalk {
     TestFiles::Write(path, Content());
     file.AttachToBuffer("", path.c_str());
     model.Attach("");
+    StartReport("", true);
     for (ReadAgain(); !file.IsTornDown() && choices.More();) {
       Step();
       if (choices.OneIn(30)) SaveAndReadAgain();
@@ -104,12 +105,11 @@ class FileWalk {
                           isOdd ? choices.Text(6, valueParts) : choices.OneOf(values)};
     report += call.Statement(with) + "; ";
     string result;
-    FailingNew::ForEachAllocation([&] { result = call.onFile(file, with); },
-                                  [&](bool failed) {
-                                    if (failed)
-                                      Require("image after a failed allocation", model.Image(),
-                                              file.Image());
-                                  });
+    const auto check = [&](bool failed) {
+      const char* const what = "image after a failed allocation";
+      if (failed) Require(what, Quoted(model.Image()), Quoted(file.Image()));
+    };
+    FailingNew::ForEachAllocation([&] { result = call.onFile(file, with); }, check);
     Require("result", call.onModel(model, with), result);
     Require("object", model.Dump(), file.Dump());
   }
@@ -117,9 +117,9 @@ class FileWalk {
   void SaveAndReadAgain() {
     const bool coalesced = choices.OneIn(2);
     std::filesystem::remove(path);  // or the save would wait for the disk
-    report += coalesced ? "Save(true, nullptr)" : "Save(false, nullptr)";
+    report += coalesced ? "Save(true, nullptr); " : "Save(false, nullptr); ";
     Require("result", "true", Outcome([&] { return file.Save(coalesced, nullptr); }));
-    Require("saved file", model.Image(), TestFiles::Read(path));
+    Require("saved file", Quoted(model.Image()), Quoted(TestFiles::Read(path)));
     ReadAgain();
   }
 
@@ -127,12 +127,6 @@ class FileWalk {
   void ReadAgain() {
     const string image = TestFiles::Read(path);
     const bool attaches = choices.OneIn(3);
-    report = "tokens";
-    for (const char* token : {tokens.keyword, tokens.start, tokens.stop, tokens.separator,
-                              tokens.comment, tokens.prefix}) {
-      report += " " + Quoted(token);
-    }
-    report += "\n" + Quoted(image) + (attaches ? " attached | " : " | ");
     const auto readFile = [&] {
       if (attaches) return file.AttachToBuffer(image.c_str(), otherPath.c_str());
       file.Reload();
@@ -145,9 +139,11 @@ class FileWalk {
         },
         [&](bool failed) {
           if (!failed || file.IsTornDown()) return;
+          report += "(a read that fails); ";
           Require("object after a failed allocation", model.Dump(), file.Dump());
           Step();
         });
+    StartReport(image, attaches);
     if (attaches) std::swap(path, otherPath);
     const bool expected = attaches ? model.Attach(image.c_str()) : model.Load(image);
     if (model.isCorrupted) return Require("object", "torn down\n", file.Dump());
@@ -155,6 +151,14 @@ class FileWalk {
     Require("object", model.Dump(), file.Dump());
   }
 
+  void StartReport(const string& image, bool isAttached) {
+    report = "tokens";
+    for (const char* token : {tokens.keyword, tokens.start, tokens.stop, tokens.separator,
+                              tokens.comment, tokens.prefix}) {
+      report += " " + Quoted(token);
+    }
+    report += "\n" + Quoted(image) + (isAttached ? " attached | " : " | ");
+  }
   void Require(const char* what, const string& expected, const string& actual) {
     if (expected == actual) return;
     Compare("wrong " + string(what) + "; all since the last load, as a scenario:\n\n" + report,
