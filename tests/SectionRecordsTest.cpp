@@ -1,179 +1,238 @@
 // SPDX-License-Identifier: MIT
+// The scenarios of section records and of their tree, and what does not fit into one.
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <cstdlib>
+#include <sstream>
 #include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "FailingNew.h"
-#include "RecordTexts.h"
+#include "Scenarios.h"
+#include "Tree.h"
 
 namespace {
 
-using E = ZelSectionEntry;
-using S = ZelSection;
-using RecordTexts::Entry;
-using RecordTexts::Section;
-using RecordTexts::Text;
+using Node = ZelSectionHolder::TreeNode;
 
-const std::string kLong(600, 'a');
-const std::string k511 = kLong.substr(0, 511);
-E x = Entry("x"), z = Entry("z");
+const char* Given(const std::string& text) { return text == "~" ? nullptr : text.c_str(); }
 
-S::EntryPosition At(S& section, int index) { return section.GetEntryList()->begin() + index; }
+ZelSectionEntry Entry(const std::string& text) {
+  std::istringstream parts(text + "/~/~");
+  std::string key, value, comment;
+  std::getline(std::getline(std::getline(parts, key, '/'), value, '/'), comment, '/');
+  return {Given(key), Given(value), Given(comment)};
+}
 
-// The entries with a mark at the position: `a >b `, or `a b >` for the end.
-std::string Dump(const S& section, S::ConstEntryPosition position) {
-  std::string text;
-  for (auto at = section.GetEntryList()->begin();; ++at) {
-    if (at == position) text += '>';
-    if (at == section.EndEntry()) return text;
-    text += Text(**at) + ' ';
+// All that the block holds up to the last byte that is not zero: remains of another text show.
+std::string Text(const char* block) {
+  if (block == nullptr) return "~";
+  const std::string bytes(block, 512);
+  return bytes.substr(0, bytes.find_last_not_of('\0') + 1);
+}
+std::string Text(const ZelSectionEntry& entry) {
+  std::string text = Text(entry.GetKeyName()) + '/' + Text(entry.GetValue()) + '/';
+  text += Text(entry.GetComment());
+  while (text.ends_with("/~")) text.resize(text.size() - 2);
+  return text;
+}
+std::string Text(const ZelSection& section) {
+  std::string text = Text(section.GetName()) + ':';
+  for (const auto* entry : *section.GetEntryList()) {
+    text.append(" ").append(entry == nullptr ? "null" : Text(*entry));
   }
+  return text;
 }
 
-// A call on an object made of a text; where an allocation fails, the object is as before.
-template <class Object>
-struct Row {
-  const char *rule, *before;
-  void (*call)(Object&);
-  std::string after;
-};
-template <class Object, std::size_t kRows>
-void RunAll(const Row<Object> (&rows)[kRows], Object (*make)(const std::string&)) {
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.rule);
-    const long blocks = FailingNew::LiveBlocks();
-    std::optional<Object> object(make(row.before));
-    FailingNew::ForEachAllocation([&] { row.call(*object); },
-                                  [&](bool failed) {
-                                    EXPECT_EQ(Text(*object), failed ? row.before : row.after);
-                                    object.emplace(make(row.before));
-                                  });
-    object.reset();
-    const bool leaks = FailingNew::LiveBlocks() != blocks;
-    EXPECT_FALSE(leaks && !testing::Test::HasFailure());  // a failure holds memory, too
+// A tree made of its text, and the records in it that calls go to.
+struct Fixture {
+  explicit Fixture(const std::string& text) {
+    std::istringstream rest(text.find(':') == text.npos ? "~: " + text : text);
+    Fill(node, rest);
+    if (!section->GetEntryList()->empty()) entry = section->GetEntryList()->front();
   }
-}
+  ZelSection::EntryPosition At(int index) { return section->GetEntryList()->begin() + index; }
+  // The text of what is below the node, but not below the section with the text `stop`.
+  std::string Walk(const std::string& stopAt) const {
+    trace.clear();
+    stop = stopAt;
+    node->Traverse(Enter, Leave);
+    return trace;
+  }
+  std::string Text() {
+    node = tree.GetRootItem();
+    return Walk("");
+  }
 
-TEST(SectionEntry, CallsOnAnEntry) {
-  static const Row<E> rows[] = {
-      {"a key is set", "~/v", [](E& e) { e.SetKeyName("k"); }, "k/v"},
-      {"a comment is set", "k", [](E& e) { e.SetComment("c"); }, "k/~/c"},
-      {"null changes nothing", "k/v/c", [](E& e) { e.SetValue(nullptr); }, "k/v/c"},
-      {"an empty text is not null", "k/v", [](E& e) { e.SetValue(""); }, "k/"},
-      {"511 bytes are whole", "k", [](E& e) { e.SetValue(k511.c_str()); }, "k/" + k511},
-      {"a longer text loses its end", "k", [](E& e) { e.SetValue(kLong.c_str()); }, "k/" + k511},
-      {"a shorter one leaves no remains", "k/long", [](E& e) { e.SetValue("s"); }, "k/s"},
-      {"its own text shifts", "k/value", [](E& e) { e.SetValue(e.GetValue() + 2); }, "k/lue"},
-      {"UndoComment makes it null", "k/v/c", [](E& e) { e.UndoComment(); }, "k/v"},
-      {"assigned texts replace", "a/b/c", [](E& e) { e = Entry("k/v/d"); }, "k/v/d"},
-      {"assigned nulls do not", "k/v/c", [](E& e) { e = Entry("~/w"); }, "k/w/c"},
-      {"an assignment to itself", "k/v/c", [](E& e) { e = *&e; }, "k/v/c"},
-      {"a copy has all texts", "~", [](E& e) { e = E(Entry("k/v/c")); }, "k/v/c"},
-  };
-  RunAll(rows, Entry);
-}
+  ZelSectionHolder tree;
+  Node* node = tree.GetRootItem();  // or the one with that name
+  ZelSection* section = tree.GetRootItem()->GetData();
+  ZelSectionEntry* entry = nullptr;  // the first one of the section
 
-TEST(Section, CallsOnASection) {
-  static const Row<S> rows[] = {
-      {"a name is set", "~: k", [](S& s) { s.SetName("n"); }, "n: k"},
-      {"null is no name", "n:", [](S& s) { s.SetName(nullptr); }, "n:"},
-      {"its own name is wiped first", "n: k", [](S& s) { s.SetName(s.GetName()); }, ": k"},
-      {"ClearEntryList keeps the name", "n: a b", [](S& s) { s.ClearEntryList(); }, "n:"},
-      {"texts are added", "n: k", [](S& s) { s.AddEntry("x", nullptr, "z"); }, "n: k x/~/z"},
-      {"entries may repeat", "n: k", [](S& s) { s.AddEntry(*At(s, 0)); }, "n: k k"},
-      {"inserted before the first", "n: a", [](S& s) { s.InsertEntry(&x, At(s, 0)); }, "n: x a"},
-      {"removed as stored", "n: k a k", [](S& s) { s.RemoveEntry(*At(s, 2)); }, "n: a k"},
-      {"assigned entries are appended", "n: a", [](S& s) { s = Section("m: b/c"); }, "m: a b/c"},
-      {"a missing name leaves the old one", "n:", [](S& s) { s = Section("~: b"); }, "n: b"},
-      {"an assignment to itself", "n: a b", [](S& s) { s = *&s; }, "n: a b"},
-      {"a blank section takes all", "~:", [](S& s) { s = Section("m: b c"); }, "m: b c"},
-  };
-  RunAll(rows, Section);
-}
-
-TEST(Section, AddEntrySaysWhetherItAdds) {
-  S s = Section("n:");
-  EXPECT_TRUE(s.AddEntry("k", "v", "c"));
-  EXPECT_TRUE(s.AddEntry(&x));
-  EXPECT_FALSE(s.AddEntry(nullptr));
-  EXPECT_EQ(Text(s), "n: k/v/c x");
-}
-
-TEST(Section, OtherCallsOnEntriesGiveAPosition) {
-  S s = Section("n: a b X");
-  EXPECT_EQ(Dump(s, s.InsertEntry(&x)), "a b X x >") << "the end, not what is appended";
-  EXPECT_EQ(Dump(s, s.InsertEntry(&z, At(s, 1))), "a >z b X x ");
-  EXPECT_EQ(Dump(s, s.InsertEntry(&z, s.EndEntry())), "a z b X x >z ");
-  EXPECT_EQ(Dump(s, s.InsertEntry(nullptr, At(s, 0))), "a z b X x z >");
-  EXPECT_EQ(Dump(s, s.FindEntry(&x)), "a z b >X x z ") << "the first that is equal";
-  EXPECT_EQ(Dump(s, s.FindEntry(nullptr)), "a z b X x z >");
-  EXPECT_EQ(Dump(s, s.RemoveEntry(&x)), "a z b >x z ");
-  EXPECT_EQ(Dump(s, s.RemoveEntry(At(s, 1))), "a >b x z ");
-  EXPECT_EQ(Dump(s, s.RemoveEntry(At(s, 3))), "a b x >");
-  EXPECT_EQ(Dump(s, s.RemoveEntry(&z)), "a b x >") << "there is no equal one";
-  S blank;
-  EXPECT_EQ(Dump(blank, blank.RemoveEntry(blank.EndEntry())), ">");
-}
-
-TEST(Section, NullSlotsOfTheArrayAreSkipped) {
-  S section = Section("n: a x"), other = Section("n: a x"), target;
-  section.GetEntryList()->insert(At(section, 1), nullptr);
-  other.GetEntryList()->push_back(nullptr);
-  EXPECT_EQ(section.FindEntry(&x), At(section, 2));
-  EXPECT_TRUE(section == section);
-  EXPECT_FALSE(section == other) << "slots are compared pair by pair";
-  target = section;
-  EXPECT_EQ(Text(target), "n: a x");
-  section.RemoveEntry(At(section, 1));
-  EXPECT_EQ(Text(section), "n: a x");
-}
-
-struct Pair {
-  const char *left, *right;
-  bool equal;
+ private:
+  void Fill(Node* at, std::istringstream& rest) {
+    std::string name, word;
+    std::getline(rest, word, '(');
+    std::istringstream words(word);
+    std::getline(words, name, ':');
+    at->GetData()->SetName(Given(name));
+    while (words >> word) {
+      at->GetData()->GetEntryList()->push_back(word == "null" ? nullptr
+                                                              : new ZelSectionEntry(Entry(word)));
+    }
+    if (name == "node") node = at;
+    for (char next; rest >> next && next != ')';) {
+      rest.putback(next);
+      Fill(at->AddChild(ZelSection()), rest);
+    }
+  }
+  static bool Enter(ZelSection* at) {
+    if (!trace.empty() && trace.back() != '(') trace += ' ';
+    trace += ::Text(*at);
+    if (::Text(*at) == stop) return false;
+    trace += '(';
+    return true;
+  }
+  static bool Leave(ZelSection*) {
+    trace += ')';
+    return false;  // is ignored
+  }
+  static inline std::string trace = std::string(1000, ' '), stop;  // of the walk under way
 };
 
-TEST(SectionEntry, IsEqualWithCaseIgnoredButNullIsNotEmpty) {
-  for (const auto& [left, right, equal] : {
-           Pair{"k/v/c", "K/V/C", true},
-           {"k/v/c", "l/v/c", false},
-           {"k/v/c", "k/w/c", false},
-           {"k/v/c", "k/v/d", false},
-           {"k/v/", "k/v", false},
-           {"~", "~", true},
-           {"azAZ@[", "AZaz@[", true},
-           {"@[", "`{", false},
-           {"k\xC4", "k\xE4", false},
-       }) {
-    EXPECT_EQ(Entry(left) == Entry(right), equal) << left << " and " << right;
-  }
+struct Arguments {
+  const char* text;
+  int index;
+  Fixture other;
+};
+
+std::string ResultText(Fixture&, bool result) { return result ? "true" : "false"; }
+std::string ResultText(Fixture&, const std::string& result) { return result; }
+std::string ResultText(Fixture&, Node*) { return ""; }
+std::string ResultText(Fixture&, const ZelSectionHolder&) { return ""; }
+std::string ResultText(Fixture& on, ZelSection::ConstEntryPosition position) {
+  if (position == on.section->EndEntry()) return "end";
+  return std::to_string(position - on.At(0));
 }
 
-TEST(Section, IsEqualWithANamePairByPair) {
-  for (const auto& [left, right, equal] : {
-           Pair{"n: a b", "N: A B", true},
-           {"n: a", "m: a", false},
-           {"n: a b", "n: b a", false},
-           {"n: a", "n: a a", false},
-           {"n: a a", "n: a", false},
-           {"~: a", "~: a", false},
-           {":", ":", true},
-       }) {
-    EXPECT_EQ(Section(left) == Section(right), equal) << left << " and " << right;
+struct Call {
+  std::string text, (*run)(Fixture&on, Arguments&with);
+};
+#define CALL(call)                                                 \
+  {                                                                \
+#call, [](auto& on, auto& with) -> std::string {                 \
+      [[maybe_unused]] auto& [text, index, other] = with;   \
+      if constexpr (std::is_void_v<decltype(on.call)>) {             \
+        on.call;                                                     \
+        return "";                                                   \
+      } else {                                                       \
+        return ResultText(on, on.call);                              \
+      }                                                              \
+    } \
   }
+const std::vector<Call> kCalls = {CALL(entry->SetKeyName(text)),
+                                  CALL(entry->SetValue(text)),
+                                  CALL(entry->SetValue(on.entry->GetValue() + 2)),
+                                  CALL(entry->SetComment(text)),
+                                  CALL(entry->UndoComment()),
+                                  CALL(entry->operator=(*other.entry)),
+                                  CALL(entry->operator=(ZelSectionEntry(*other.entry))),
+                                  CALL(entry->operator=(*on.entry)),
+                                  CALL(entry->operator==(*other.entry)),
+                                  CALL(section->SetName(text)),
+                                  CALL(section->SetName(on.section->GetName())),
+                                  CALL(section->AddEntry(on.entry->GetKeyName(), nullptr, text)),
+                                  CALL(section->AddEntry(other.entry)),
+                                  CALL(section->AddEntry(on.entry)),
+                                  CALL(section->InsertEntry(other.entry)),
+                                  CALL(section->InsertEntry(other.entry, on.At(index))),
+                                  CALL(section->RemoveEntry(other.entry)),
+                                  CALL(section->RemoveEntry(*on.At(index))),
+                                  CALL(section->RemoveEntry(on.At(index))),
+                                  CALL(section->FindEntry(other.entry)),
+                                  CALL(section->ClearEntryList()),
+                                  CALL(section->operator=(*other.section)),
+                                  CALL(section->operator=(*on.section)),
+                                  CALL(section->operator==(*other.section)),
+                                  CALL(section->operator==(*on.section)),
+                                  CALL(node->AddChild(*other.section)),
+                                  CALL(node->AddChild(*on.node->GetData())),
+                                  CALL(Walk(text)),
+                                  CALL(tree.Empty()),
+                                  CALL(tree.DeleteAllItems()),
+                                  CALL(tree.operator=(other.tree)),
+                                  CALL(tree.operator=(ZelSectionHolder(other.tree))),
+                                  CALL(tree.operator=(on.tree))};
+
+// `RECORDS | CALL = RESULT | RECORDS AFTERWARDS`, which are as before where an allocation fails.
+void Run(Scenarios::Scanner& line, Scenarios::Scanner) {
+  static std::string before;
+  struct OfText : Fixture {
+    OfText() : Fixture(before) {}
+  };
+  before = line.Text();
+  line.Need("|");
+  Scenarios::Literals literals;
+  const Call& call = line.TakeCall(kCalls, literals);
+  const std::string result = line.Take("=") ? line.Column() : "";
+  const std::string after = line.Take("|") ? line.Text() : before;
+  const int index = std::atoi(literals["index"].c_str());
+  literals.erase("index");
+  const std::string given = literals.empty() ? "" : literals.begin()->second;
+  Arguments with = {Given(given), index, Fixture(given)};
+  std::string said;
+  FailingNew::ForEachAllocationOn<OfText>(
+      [&](Fixture& on) { said = call.run(on, with); },
+      [&](Fixture& on, bool failed) {
+        Compare("text", Quoted(Fixture(failed ? before : after).Text()), Quoted(on.Text()));
+        Compare("other text", Quoted(Fixture(given).Text()), Quoted(with.other.Text()));
+        if (!failed) Compare("result", result, std::exchange(said, ""));
+      });
 }
+
+const bool kRules = Scenarios::Register("SectionRecords", "records.txt", Run);
 
 TEST(SectionEntry, ATextKeepsItsBlock) {
-  E entry = Entry("k/v");
+  ZelSectionEntry entry = Entry("k/v");
+  const ZelSectionEntry other = Entry("k/w");
   const char* const value = entry.GetValue();
-  const E other = Entry("k/w");
+  const std::string wide(511, 'a');
   const auto change = [&] {
-    entry.SetValue(k511.c_str());
+    entry.SetValue(wide.c_str());
     entry = other;
   };
   EXPECT_EQ(FailingNew::ForEachAllocation(change, [](bool) {}), 0);
   EXPECT_EQ(entry.GetValue(), value);
+}
+
+TEST(TreeWalk, VisitsWhatACallbackAdds) {
+  static Fixture made("r:(a:(node:() c:(d:())) e:())");
+  static std::string names;
+  made.tree.GetRootItem()->Traverse([](ZelSection* section) {
+    names += section->GetName();
+    if (names == "ranode") made.node->AddChild("x");   // below the node
+    if (names == "ranodex") made.node->AddChild("y");  // after the node
+    return names.back() != 'c';
+  });
+  EXPECT_EQ(names, "ranodexyce") << "not below the node that gives false";
+}
+
+// No call goes down by recursion: the stack has no room for it.
+TEST(TreeWalk, ReachesTheBottomOfADeepTree) {
+  constexpr int kDepth = 1000000;
+  static int entered = 0, left = 0;
+  ZelSectionHolder tree, assigned;
+  Node* node = tree.GetRootItem();
+  for (int i = 0; i < kDepth; ++i) node = node->AddChild(ZelSection());
+  assigned = tree;
+  assigned = tree;  // releases the former copies
+  tree.DeleteAllItems();
+  assigned.GetRootItem()->Traverse([](ZelSection*) { return ++entered > 0; },
+                                   [](ZelSection*) { return ++left > 0; });
+  EXPECT_EQ(entered, kDepth + 1);
+  EXPECT_EQ(left, kDepth + 1);
 }
 
 }  // namespace
