@@ -2,8 +2,9 @@
 #ifndef ZELCONFUTILS_TESTS_CSV_REFERENCE_H
 #define ZELCONFUTILS_TESTS_CSV_REFERENCE_H
 
+#include <algorithm>
+#include <sstream>
 #include <string>
-#include <vector>
 
 #include "CsvDocument.h"
 #include "FailingNew.h"
@@ -15,84 +16,71 @@ namespace CsvReference {
 
 inline std::string RowText(const CsvDocumentRow& row) {
   std::string text;
-  for (unsigned short i = 0; i < row.GetFieldsCount(); ++i) text += '[' + row.GetField(i) + ']';
+  for (unsigned short i = 0; i < row.GetFieldsCount(); ++i)
+    text += '[' + Bare(row.GetField(i)) + ']';
   return text;
 }
 
-/// The rows as long as one can be expected: `[a][b]+ [c].`, `+` where another one is expected then.
+/// The next row, and whether another one is expected then: `[a][b]+`, or `[a][b].`, or `false.`
 /// Each allocation fails once: where that shows in the row or the document, it is told, too.
-inline std::string AllRows(CsvDocument& document) {
+inline std::string NextRow(CsvDocument& document, CsvDocumentRow& row) {
   std::string text;
+  bool given = false;
+  const bool expected = document.IsCsvRecordPresence();
+  const auto tell = [&](bool failed) {
+    text += RowText(row);
+    if (failed && document.IsCsvRecordPresence() != expected) text += "(other state, no memory)";
+  };
+  FailingNew::ForEachAllocation([&] { given = document.GetRow(row); }, tell);
+  return text + (given ? "" : "false") + (document.IsCsvRecordPresence() ? '+' : '.');
+}
+
+/// The next rows as long as one is expected: `[a][b]+ [c].`
+inline std::string Rows(CsvDocument& document) {
   CsvDocumentRow row;
-  while (document.IsCsvRecordPresence()) {
-    if (!text.empty()) text += ' ';
-    bool given = false;
-    const auto tell = [&](bool failed) {
-      text += RowText(row);
-      if (failed && !document.IsCsvRecordPresence()) text += "no memory, but a row less expected";
-    };
-    FailingNew::ForEachAllocation([&] { given = document.GetRow(row); }, tell);
-    text += given ? "" : "false";
-    text += document.IsCsvRecordPresence() ? '+' : '.';
-  }
+  std::string text = NextRow(document, row);
+  while (document.IsCsvRecordPresence()) text += ' ' + NextRow(document, row);
   return text;
 }
 
 /// The row that a record gives, its line end included.
 inline std::string RowText(const std::string& record, char delimiter, char token) {
-  std::vector<std::string> fields(1);
-  for (const char c : record) {
-    if (c == '\r' || c == '\n' || c == '\0') break;
-    c == delimiter ? fields.emplace_back() : fields.back() += c;
-  }
+  const std::size_t end = record.find_first_of(std::string("\r\n\0", 3));
+  std::istringstream fields(record.substr(0, end) + delimiter);
   std::string text;
-  for (std::string& field : fields) {
+  for (std::string field; std::getline(fields, field, delimiter);) {
     if (!field.empty() && field.front() == token) field.erase(0, 1);
     if (!field.empty() && field.back() == token) field.pop_back();
     field.erase(0, field.find_first_not_of(' '));
     field.erase(field.find_last_not_of(' ') + 1);
-    text += '[' + field + ']';
+    text += '[' + Bare(field) + ']';
   }
   return text;
 }
 
-/// What `AllRows` is to tell of a file that holds `text`.
-inline std::string AllRows(const std::string& text, char delimiter, char token) {
-  std::string rows, record;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text.compare(i, 2, "\r\n") == 0) continue;  // counts as LF
-    record += text[i];
-    const bool isLast = i + 1 == text.size();
-    if (text[i] != '\r' && text[i] != '\n' && !isLast) continue;
-    rows += RowText(record, delimiter, token) + (isLast ? "." : "+ ");
-    record.clear();
+/// The rows of a file that holds `text`.
+inline std::string Rows(std::string text, char delimiter, char token) {
+  for (std::size_t at = 0; (at = text.find("\r\n", at)) != text.npos;) text.erase(at, 1);
+  std::string rows;
+  for (std::size_t at = 0, end = 0; at < text.size(); at = end) {
+    end = std::min(text.find_first_of("\r\n", at), text.size() - 1) + 1;
+    rows += RowText(text.substr(at, end - at), delimiter, token);
+    rows += end == text.size() ? "." : "+ ";
   }
   return rows.empty() ? "false." : rows;
-}
-
-/// The rows of a file that holds `text`.
-inline std::string Read(const std::string& text, CsvFieldDelimiter kind, char token) {
-  const std::string path = TestFiles::Path("csv");
-  TestFiles::Write(path, text, std::ios::binary);
-  CsvDocument document;
-  document.SetFieldDelimiter(kind);
-  document.SetFieldSpecialToken(token);
-  return document.Load(path.c_str()) ? AllRows(document) : "not loaded";
 }
 
 /// Throws where a document gives other rows than the reference.
 inline void Check(const std::string& text, CsvFieldDelimiter kind, char token) {
   const char delimiter = ",;\t"[kind];
+  TestFiles::Write(TestFiles::Path("csv"), text, std::ios::binary);
+  CsvDocument document;
+  document.SetFieldDelimiter(kind);
+  document.SetFieldSpecialToken(token);
+  document.Load(TestFiles::Path("csv").c_str());
   Compare("the rows of " + Quoted(text) + ", delimiter " + Quoted({delimiter}) +
               ", special token " + Quoted({token}),
-          Quoted(AllRows(text, delimiter, token)), Quoted(Read(text, kind, token)));
-}
-
-/// Of an input the first byte chooses delimiter and special token, the rest is the file.
-inline void CheckInput(const std::string& input) {
-  if (input.empty()) return;
-  const auto first = static_cast<unsigned char>(input[0]);
-  Check(input.substr(1), static_cast<CsvFieldDelimiter>(first % 3), "\0\" ,"[first / 3 % 4]);
+          Rows(text, delimiter, token), Rows(document));
 }
 
 }  // namespace CsvReference

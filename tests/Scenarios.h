@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "Quoted.h"
@@ -177,12 +177,46 @@ inline bool Register(const char* suite, const char* name, Runner run) {
   return rows != nullptr ? true : throw std::runtime_error("no scenarios in " + path);
 }
 
-/// A call on what a family makes of the first text of a line.
+/// A call on what a family makes of the first text of a line, with names for what it takes.
 template <class Object>
 struct Call {
   std::string text;
-  std::function<std::string(Object&, Literals&)> run;
+  std::string (*run)(Object& on, const char* text, int number);
 };
+
+/// What such a call is made with; for a text may stand what is made of it: `Section(text)`.
+struct Arguments {
+  explicit Arguments(const Literals& literals) {
+    for (const auto& [name, literal] : literals) {
+      if (name == "number") number = std::stoi(literal);
+      if (name != "number") text = literal;
+    }
+  }
+  std::string text;
+  int number = 0;
+};
+
+/// The entry of a table for `on.call`, made with `text` and `number`.
+#define SCENARIO_CALL(call)                                                        \
+  {                                                                                \
+#call, [](auto& on, [[maybe_unused]] auto text, [[maybe_unused]] auto number) {  \
+      if constexpr (std::is_void_v<decltype(on.call)>) {                             \
+        on.call;                                                                     \
+        return std::string();                                                        \
+      } else {                                                                       \
+        return ResultText(on, on.call);                                              \
+      }                                                                              \
+    } \
+  }
+
+template <class Object>
+std::string ResultText(Object&, bool result) {
+  return result ? "true" : "false";
+}
+template <class Object>
+std::string ResultText(Object&, const std::string& result) {
+  return result;
+}
 
 /// `CALL = RESULT; CALL`, on `object`.
 template <class Object>
@@ -190,7 +224,8 @@ void RunCalls(Scanner& line, Object& object, const std::vector<Call<Object>>& ca
   do {
     Literals literals;
     const Call<Object>& call = line.TakeCall(calls, literals);
-    const std::string result = call.run(object, literals);
+    const Arguments with(literals);
+    const std::string result = call.run(object, with.text.c_str(), with.number);
     if (line.Take("=")) Compare("result of " + call.text, line.Column(";|"), result);
   } while (line.Take(";"));
 }

@@ -2,10 +2,8 @@
 // The scenarios of section records and of their tree, and what does not fit into one.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <sstream>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -14,6 +12,8 @@
 #include "Tree.h"
 
 namespace {
+
+using Scenarios::ResultText;
 
 using Node = ZelSectionHolder::TreeNode;
 
@@ -46,10 +46,16 @@ std::string Text(const ZelSection& section) {
   return text;
 }
 
+// The text of a tree for that of an entry or a section.
+std::string Whole(const std::string& text) {
+  const std::string section = text.find(':') == text.npos ? "~: " + text : text;
+  return section.ends_with(')') ? section : section + "()";
+}
+
 // A tree made of its text, and the records in it that calls go to.
 struct Fixture {
   explicit Fixture(const std::string& text) {
-    std::istringstream rest(text.find(':') == text.npos ? "~: " + text : text);
+    std::istringstream rest(Whole(text));
     Fill(node, rest);
     if (!section->GetEntryList()->empty()) entry = section->GetEntryList()->front();
   }
@@ -70,6 +76,7 @@ struct Fixture {
   Node* node = tree.GetRootItem();  // or the one with that name
   ZelSection* section = tree.GetRootItem()->GetData();
   ZelSectionEntry* entry = nullptr;  // the first one of the section
+  Fixture* other = nullptr;          // made of what a call takes
 
  private:
   void Fill(Node* at, std::istringstream& rest) {
@@ -102,14 +109,6 @@ struct Fixture {
   static inline std::string trace = std::string(1000, ' '), stop;  // of the walk under way
 };
 
-struct Arguments {
-  const char* text;
-  int index;
-  Fixture other;
-};
-
-std::string ResultText(Fixture&, bool result) { return result ? "true" : "false"; }
-std::string ResultText(Fixture&, const std::string& result) { return result; }
 std::string ResultText(Fixture&, Node*) { return ""; }
 std::string ResultText(Fixture&, const ZelSectionHolder&) { return ""; }
 std::string ResultText(Fixture& on, ZelSection::ConstEntryPosition position) {
@@ -117,77 +116,63 @@ std::string ResultText(Fixture& on, ZelSection::ConstEntryPosition position) {
   return std::to_string(position - on.At(0));
 }
 
-struct Call {
-  std::string text, (*run)(Fixture&on, Arguments&with);
-};
-#define CALL(call)                                                 \
-  {                                                                \
-#call, [](auto& on, auto& with) -> std::string {                 \
-      [[maybe_unused]] auto& [text, index, other] = with;   \
-      if constexpr (std::is_void_v<decltype(on.call)>) {             \
-        on.call;                                                     \
-        return "";                                                   \
-      } else {                                                       \
-        return ResultText(on, on.call);                              \
-      }                                                              \
-    } \
-  }
-const std::vector<Call> kCalls = {CALL(entry->SetKeyName(text)),
-                                  CALL(entry->SetValue(text)),
-                                  CALL(entry->SetValue(on.entry->GetValue() + 2)),
-                                  CALL(entry->SetComment(text)),
-                                  CALL(entry->UndoComment()),
-                                  CALL(entry->operator=(*other.entry)),
-                                  CALL(entry->operator=(ZelSectionEntry(*other.entry))),
-                                  CALL(entry->operator=(*on.entry)),
-                                  CALL(entry->operator==(*other.entry)),
-                                  CALL(section->SetName(text)),
-                                  CALL(section->SetName(on.section->GetName())),
-                                  CALL(section->AddEntry(on.entry->GetKeyName(), nullptr, text)),
-                                  CALL(section->AddEntry(other.entry)),
-                                  CALL(section->AddEntry(on.entry)),
-                                  CALL(section->InsertEntry(other.entry)),
-                                  CALL(section->InsertEntry(other.entry, on.At(index))),
-                                  CALL(section->RemoveEntry(other.entry)),
-                                  CALL(section->RemoveEntry(*on.At(index))),
-                                  CALL(section->RemoveEntry(on.At(index))),
-                                  CALL(section->FindEntry(other.entry)),
-                                  CALL(section->ClearEntryList()),
-                                  CALL(section->operator=(*other.section)),
-                                  CALL(section->operator=(*on.section)),
-                                  CALL(section->operator==(*other.section)),
-                                  CALL(section->operator==(*on.section)),
-                                  CALL(node->AddChild(*other.section)),
-                                  CALL(node->AddChild(*on.node->GetData())),
-                                  CALL(Walk(text)),
-                                  CALL(tree.Empty()),
-                                  CALL(tree.DeleteAllItems()),
-                                  CALL(tree.operator=(other.tree)),
-                                  CALL(tree.operator=(ZelSectionHolder(other.tree))),
-                                  CALL(tree.operator=(on.tree))};
+const std::vector<Scenarios::Call<Fixture>> kCalls = {
+    SCENARIO_CALL(entry->SetKeyName(text)),
+    SCENARIO_CALL(entry->SetValue(text)),
+    SCENARIO_CALL(entry->SetValue(on.entry->GetValue() + 2)),
+    SCENARIO_CALL(entry->SetComment(text)),
+    SCENARIO_CALL(entry->UndoComment()),
+    SCENARIO_CALL(entry->operator=(*on.other->entry)),
+    SCENARIO_CALL(entry->operator=(ZelSectionEntry(*on.other->entry))),
+    SCENARIO_CALL(entry->operator=(*on.entry)),
+    SCENARIO_CALL(entry->operator==(*on.other->entry)),
+    SCENARIO_CALL(section->SetName(text)),
+    SCENARIO_CALL(section->SetName(on.section->GetName())),
+    SCENARIO_CALL(section->AddEntry(on.entry->GetKeyName(), nullptr, text)),
+    SCENARIO_CALL(section->AddEntry(on.other->entry)),
+    SCENARIO_CALL(section->AddEntry(on.entry)),
+    SCENARIO_CALL(section->InsertEntry(on.other->entry)),
+    SCENARIO_CALL(section->InsertEntry(on.other->entry, on.At(number))),
+    SCENARIO_CALL(section->RemoveEntry(on.other->entry)),
+    SCENARIO_CALL(section->RemoveEntry(*on.At(number))),
+    SCENARIO_CALL(section->RemoveEntry(on.At(number))),
+    SCENARIO_CALL(section->FindEntry(on.other->entry)),
+    SCENARIO_CALL(section->ClearEntryList()),
+    SCENARIO_CALL(section->operator=(*on.other->section)),
+    SCENARIO_CALL(section->operator=(*on.section)),
+    SCENARIO_CALL(section->operator==(*on.other->section)),
+    SCENARIO_CALL(section->operator==(*on.section)),
+    SCENARIO_CALL(node->AddChild(*on.other->section)),
+    SCENARIO_CALL(node->AddChild(*on.node->GetData())),
+    SCENARIO_CALL(Walk(text)),
+    SCENARIO_CALL(tree.Empty()),
+    SCENARIO_CALL(tree.DeleteAllItems()),
+    SCENARIO_CALL(tree.operator=(on.other->tree)),
+    SCENARIO_CALL(tree.operator=(ZelSectionHolder(on.other->tree))),
+    SCENARIO_CALL(tree.operator=(on.tree))};
 
 // `RECORDS | CALL = RESULT | RECORDS AFTERWARDS`, which are as before where an allocation fails.
 void Run(Scenarios::Scanner& line, Scenarios::Scanner) {
-  static std::string before;
-  struct OfText : Fixture {
-    OfText() : Fixture(before) {}
+  static std::string before, given;
+  struct Pair : Fixture {
+    Pair() : Fixture(before) { other = &argument; }
+    Fixture argument = Fixture(given);
   };
   before = line.Text();
   line.Need("|");
   Scenarios::Literals literals;
-  const Call& call = line.TakeCall(kCalls, literals);
+  const auto& call = line.TakeCall(kCalls, literals);
+  const Scenarios::Arguments with(literals);
   const std::string result = line.Take("=") ? line.Column() : "";
   const std::string after = line.Take("|") ? line.Text() : before;
-  const int index = std::atoi(literals["index"].c_str());
-  literals.erase("index");
-  const std::string given = literals.empty() ? "" : literals.begin()->second;
-  Arguments with = {Given(given), index, Fixture(given)};
+  given = with.text;
+  const std::string other = Fixture(given).Text();
   std::string said;
-  FailingNew::ForEachAllocationOn<OfText>(
-      [&](Fixture& on) { said = call.run(on, with); },
-      [&](Fixture& on, bool failed) {
-        Compare("text", Quoted(Fixture(failed ? before : after).Text()), Quoted(on.Text()));
-        Compare("other text", Quoted(Fixture(given).Text()), Quoted(with.other.Text()));
+  FailingNew::ForEachAllocationOn<Pair>(
+      [&](Pair& on) { said = call.run(on, Given(given), with.number); },
+      [&](Pair& on, bool failed) {
+        Compare("text", Quoted(Whole(failed ? before : after)), Quoted(on.Text()));
+        Compare("argument", other, on.argument.Text());
         if (!failed) Compare("result", result, std::exchange(said, ""));
       });
 }
