@@ -40,15 +40,15 @@ inline std::string TokenText(const ZelLexToken& token) {
   return kNames[token.kind] + (' ' + Quoted(token.text));
 }
 
-/// The tokens up to the end, each with a blank after it; only the first ones of a lexer that finds
-/// no end. A copy of the lexer goes on where it was.
+/// The tokens up to the end; only the first ones of a lexer that finds no end. A copy of the lexer
+/// goes on where it was.
 inline std::string AllTokens(ZelLex& lexer) {
   std::string text;
   for (const ZelLexToken* token; text.size() < 100000 && (token = lexer.GetToken()) != nullptr;) {
-    text += TokenText(*token) + ' ';
+    text += ' ' + TokenText(*token);
     lexer = ZelLex(lexer);
   }
-  return text;
+  return text.erase(0, 1);
 }
 
 /// What `AllTokens` tells of a lexer over the lines.
@@ -62,10 +62,10 @@ inline std::string AllTokens(const Lines& lines, bool ignoreWhiteSpaces) {
     for (end = at + 1; isRun && end < text.size() && KindOf(text[end]) == kind;) ++end;
     ZelLexToken token;
     if (!isSkipped) token = {kind, text.substr(at, end - at)};
-    tokens += TokenText(token) + ' ';
+    tokens += ' ' + TokenText(token);
     if (text[isRun ? end : at] == '\xFF') break;  // past the last byte there is a NUL
   }
-  return tokens;
+  return tokens.erase(0, 1);
 }
 
 /// Throws where the lexer gives other tokens of the lines that 0x01 parts.

@@ -1,80 +1,122 @@
 // SPDX-License-Identifier: MIT
+// The scenarios of line sources, lexer and parser, and what does not fit into one.
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
-#include <utility>
+#include <typeinfo>
 #include <vector>
 
 #include "FailingNew.h"
 #include "LexerReference.h"
+#include "Scenarios.h"
 #include "TestFiles.h"
 #include "ZelLex.h"
+#include "ZelParser.h"
 
 namespace {
 
 using LexerReference::AllTokens;
-using LexerReference::Lines;
 using LexerReference::ListSource;
 using LexerReference::TokenText;
+using Scenarios::ResultText;
+using Scenarios::Scanner;
+using TestFiles::Path;
 
-Lines AllLines(StreamIterator&& source) {
-  Lines lines;
-  while (source.HasMoreLines()) lines.push_back(source.GetLine());
-  return lines;
+std::string Written(const std::string& text) {
+  TestFiles::Write(Path("%a"), text, std::ios::binary);
+  return Path("%a");
 }
 
-std::string Write(const std::string& text) {
-  TestFiles::Write(TestFiles::Path("a"), text, std::ios::binary);
-  return TestFiles::Path("a");
+std::string LinesText(StreamIterator&& source) {
+  std::string lines;
+  while (source.HasMoreLines()) lines += ' ' + Quoted(source.GetLine());
+  return lines.erase(0, 1);
 }
 
-TEST(LineSources, LinesOfAFileAndOfAText) {
-  static const struct {
-    const char* rule;
-    std::string text;
-    Lines ofFile, ofText;
-  } rows[] = {
-      {"only reading finds the end of a file", "", {""}, {}},
-      {"also at a last line feed", "a\n", {"a\n", ""}, {"a\n"}},
-      {"not at a line without one", "a\nb", {"a\n", "b"}, {"a\n", "b"}},
-      {"a blank line is no empty string", "\n\nb", {"\n", "\n", "b"}, {"\n", "\n", "b"}},
-      {"CR LF is folded in a file alone", "a\r\n\r\n", {"a\n", "\n", ""}, {"a\r\n", "\r\n"}},
-      {"a CR without LF is a byte", "a\rb\r\r\n\r", {"a\rb\r\n", "\r"}, {"a\rb\r\r\n", "\r"}},
-      {"a NUL ends a text, not a file", {"a\0b\nc", 5}, {{"a\0b\n", 4}, "c"}, {"a"}},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.rule);
-    EXPECT_EQ(AllLines(FileIterator(Write(row.text).c_str())), row.ofFile);
-    EXPECT_EQ(AllLines(BufferIterator(row.text.c_str())), row.ofText);
+// `TEXT | LINES OF A FILE | LINES OF A TEXT`
+void RunLines(Scanner& line, Scanner) {
+  const std::string text = line.Text();
+  line.Need("|");
+  Compare("lines of a file", line.Column(), LinesText(FileIterator(Written(text).c_str())));
+  line.Need("|");
+  Compare("lines of a text", line.Column(), LinesText(BufferIterator(text.c_str())));
+}
+
+// `LINES | TOKENS | TOKENS WHERE WHITE SPACE IS IGNORED`, where those are others
+void RunTokens(Scanner& line, Scanner) {
+  const std::vector<std::string> lines = line.Texts();
+  std::string expected;
+  for (const bool ignores : {false, true}) {
+    if (line.Take("|")) expected = line.Column();
+    ListSource source(lines);
+    ZelLex lexer(&source, ignores);
+    Compare("tokens", expected, AllTokens(lexer));
+    Compare("tokens after the end", "", AllTokens(lexer));
   }
 }
 
-// The runtimes read files by 511, 4096 or 8191 bytes.
-TEST(LineSources, LinesOverTheEndOfABlockAreWhole) {
-  for (const std::size_t bytes : {509u, 4094u, 8189u}) {
-    for (const std::string& tail : TestFiles::AllTexts("a\r\n", 4)) {
-      const std::string text = std::string(bytes, 'x') + tail;
-      std::string folded;
-      for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text.compare(i, 2, "\r\n") != 0) folded += text[i];
-      }
-      Lines expected = AllLines(BufferIterator(folded.c_str()));
-      if (folded.back() == '\n') expected.push_back("");
-      ASSERT_EQ(AllLines(FileIterator(Write(text).c_str())), expected);
+// Its hook reads `limit` tokens at most, and throws instead where that is 0.
+struct Reader : ZelParser {
+  explicit Reader(const std::string& text = "") : source(text) { read.reserve(10000); }
+  bool Parse(void* given) override {
+    if (limit == 0) throw std::runtime_error("hook");
+    if (given != context) read += "(another context)";
+    const ZelLexToken* token = nullptr;
+    for (int i = 0; i < limit && (token = GetToken()) != nullptr; ++i) read += token->text;
+    return result;
+  }
+  template <class Call>
+  std::string Read(int tokens, Call parse) {
+    read.clear();
+    limit = tokens;
+    context = tokens == 1 ? &limit : nullptr;
+    result = !result;
+    try {
+      if (parse() != result) read += "(another result)";
+    } catch (const std::exception& failure) {
+      return typeid(failure) == typeid(std::exception) ? "no file" : failure.what();
     }
+    return Quoted(read);
   }
+  std::string ReadFile(const std::string& path, int tokens) {
+    return Read(tokens, [&] { return ParseFile(path.c_str(), context); });
+  }
+  std::string ReadText(int tokens) {
+    return Read(tokens, [&] { return ParseBuffer(source.c_str(), context); });
+  }
+
+  const std::string source;
+  std::string read;
+  void* context = nullptr;
+  int limit = 100;
+  bool result = true;
+};
+
+const std::vector<Scenarios::Call<Reader>> kParserCalls = {
+    SCENARIO_CALL(ReadFile(Written(on.source), number)), SCENARIO_CALL(ReadFile(text, number)),
+    SCENARIO_CALL(ReadText(number))};
+
+// `TEXT | CALL = RESULT; CALL`
+void RunParser(Scanner& line, Scanner) {
+  Reader reader(line.Text());
+  line.Need("|");
+  Scenarios::RunCalls(line, reader, kParserCalls);
 }
 
-TEST(LineSources, AClosedFileHasNoLines) {
-  FileIterator source(Write("a\nb\n").c_str());
+const bool kRules = Scenarios::Register("LineSources", "lines.txt", RunLines) &&
+                    Scenarios::Register("Lexer", "lexer.txt", RunTokens) &&
+                    Scenarios::Register("Parser", "parser.txt", RunParser);
+
+TEST(LineSource, AClosedFileHasNoLines) {
+  FileIterator source(Written("a\nb\n").c_str());
   EXPECT_EQ(source.GetLine(), "a\n");
   source.CloseFile();
   EXPECT_FALSE(source.HasMoreLines());
   EXPECT_EQ(source.GetLine(), "");
 }
 
-TEST(LineSources, ACopyOfABufferIteratorReadsOnByItself) {
+TEST(LineSource, ACopyOfABufferIteratorReadsOnByItself) {
   BufferIterator source("a\nb");
   source.GetLine();
   BufferIterator copy(source);
@@ -83,48 +125,17 @@ TEST(LineSources, ACopyOfABufferIteratorReadsOnByItself) {
   EXPECT_EQ(copy.GetLine(), "b");
 }
 
-TEST(Lexer, TokensOfLines) {
-  static const struct {
-    const char* rule;
-    Lines lines;  // as a source hands them out
-    const char* tokens;
-    bool ignoreWhiteSpaces = false;
-  } rows[] = {
-      {"words and digits are runs", {"ab12"}, R"(word "ab" digits "12" )"},
-      {"a run has no neighbours of its bytes",
-       {"azAZ\xE1{09:       "},
-       R"(word "azAZ" unknown "\341" mark "{" digits "09" mark ":" unknown "" )",
-       true},
-      {"point and underscore are marks", {"1._"}, R"(digits "1" mark "." mark "_" )"},
-      {"what has no class is unknown", {"$\r"}, R"(unknown "$" unknown "\015" )"},
-      {"a NUL is punctuation", {std::string("\0", 1)}, R"(mark "\000" )"},
-      {"each blank is a token", {" \t\v"}, R"(blank " " blank "\011" blank "\013" )"},
-      {"skipped blanks are one empty token", {" \t\v\n"}, R"(unknown "" newline "\n" )", true},
-      {"skipped blanks may meet the end", {"a  "}, R"(word "a" unknown "" )", true},
-      {"a line feed ends a run", {"a\n", "b"}, R"(word "a" newline "\n" word "b" )"},
-      {"a line without a line feed does not", {"a", "b1", "2"}, R"(word "ab" digits "12" )"},
-      {"an empty line is the end", {"a", "", "b"}, R"(word "a" )"},
-      {"0xFF as a token is the last", {";\xFF", "b"}, R"(mark ";" unknown "\377" )"},
-      {"0xFF after a run is not delivered", {"a\xFF 234567", "b"}, R"(word "a" )"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.rule);
-    ListSource source(row.lines);
-    ZelLex lexer(&source, row.ignoreWhiteSpaces);
-    EXPECT_EQ(AllTokens(lexer), row.tokens);
-    EXPECT_EQ(AllTokens(lexer), "") << "once more at the end";
-  }
+TEST(LexerObject, HasNoTokensWithoutASource) {
+  EXPECT_EQ(ZelLex(nullptr, false).GetToken(), nullptr);
 }
 
-TEST(Lexer, HasNoTokensWithoutASource) { EXPECT_EQ(ZelLex(nullptr, false).GetToken(), nullptr); }
-
-TEST(Lexer, FillsOneRecordOfItsOwn) {
+TEST(LexerObject, FillsOneRecordOfItsOwn) {
   ListSource source({"a b\xFF", "c"});
   ZelLex lexer(&source, false);
   const ZelLexToken* record = lexer.GetToken();
   ZelLex copy(lexer);
   EXPECT_EQ(lexer.GetToken(), record);
-  EXPECT_EQ(AllTokens(copy), R"(blank " " word "b" )") << "the copy goes on where it was made";
+  EXPECT_EQ(AllTokens(copy), R"(blank " " word "b")") << "the copy goes on where it was made";
   EXPECT_EQ(TokenText(*record), R"(blank " ")");
   lexer.GetToken();
   EXPECT_EQ(ZelLex(lexer).GetToken(), nullptr) << "nor does a copy read over the 0xFF";
@@ -132,10 +143,9 @@ TEST(Lexer, FillsOneRecordOfItsOwn) {
   EXPECT_EQ(TokenText(*record), R"(unknown "")") << "at the end";
 }
 
-TEST(Lexer, AnAssignmentIsWholeOrChangesNothing) {
+TEST(LexerObject, AnAssignmentIsWholeOrChangesNothing) {
   const std::string wide(50, 'w');
-  const std::string text = wide + " 1";
-  BufferIterator source(text.c_str()), other("a");
+  ListSource source({wide + " 1"}), other({"a"});
   ZelLex lexer(&source, true), target(&other, false);
   lexer.GetToken();
   const ZelLexToken* record = target.GetToken();
@@ -144,12 +154,12 @@ TEST(Lexer, AnAssignmentIsWholeOrChangesNothing) {
                                 [&](bool failed) {
                                   EXPECT_EQ(record->text, failed ? "" : wide);
                                   EXPECT_EQ(AllTokens(target),
-                                            failed ? "" : R"(unknown "" digits "1" )");
+                                            failed ? "" : R"(unknown "" digits "1")");
                                 });
 }
 
 // A run over two lines could lose its start.
-TEST(Lexer, ReadsOnAfterItsSourceHasThrown) {
+TEST(LexerObject, ReadsOnAfterItsSourceHasThrown) {
   struct Source : ListSource {
     using ListSource::ListSource;
     std::string GetLine() override {
@@ -163,7 +173,20 @@ TEST(Lexer, ReadsOnAfterItsSourceHasThrown) {
   EXPECT_THROW(lexer.GetToken(), std::runtime_error) << "in the word";
   EXPECT_EQ(TokenText(*lexer.GetToken()), R"(word "ab")");
   EXPECT_THROW(lexer.GetToken(), std::runtime_error) << "in the number";
-  EXPECT_EQ(AllTokens(lexer), R"(digits "12" newline "\n" )");
+  EXPECT_EQ(AllTokens(lexer), R"(digits "12" newline "\n")");
+}
+
+TEST(ParserObject, AFailedAllocationLosesNothingThatTheRepeatedCallNeeds) {
+  const std::string text = std::string(9000, 'w') + " 1\n" + std::string(50, 'w') + "7;\nend";
+  for (const std::string path = Written(text); const bool ofFile : {true, false}) {
+    const auto run = [&](Reader& parser) {
+      ofFile ? parser.ParseFile(path.c_str(), nullptr) : parser.ParseBuffer(text.c_str(), nullptr);
+    };
+    FailingNew::ForEachAllocationOn<Reader>(run, [&](Reader& parser, bool failed) {
+      if (failed) run(parser);
+      EXPECT_EQ(parser.read, text);
+    });
+  }
 }
 
 }  // namespace

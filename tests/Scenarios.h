@@ -48,12 +48,13 @@ class Scanner {
     Take("");
     std::size_t bytes = 0;
     for (bool quoted = false; bytes < rest.size(); ++bytes) {
-      if (quoted && rest[bytes] == '\\') ++bytes;
       if (rest[bytes] == '"') quoted = !quoted;
+      if (quoted && rest[bytes] == '\\') ++bytes;
       if (!quoted && ends.find(rest[bytes]) != ends.npos) break;
     }
-    const std::string column(rest.substr(0, rest.find_last_not_of(' ', bytes - 1) + 1));
-    rest.remove_prefix(bytes);
+    std::string column(rest.substr(0, bytes));
+    rest.remove_prefix(column.size());
+    while (column.ends_with(' ')) column.pop_back();
     return column;
   }
   bool HasText() {
