@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,14 +17,18 @@ namespace LexerReference {
 
 using Lines = std::vector<std::string>;
 
-/// A caller's own source: hands out any lines, and no more after the last.
+/// A caller's own source: hands out any lines, and no more after the last. Throws before each.
 struct ListSource : StreamIterator {
   explicit ListSource(Lines given) : lines(std::move(given)) {}
   bool HasMoreLines() override { return next < lines.size(); }
-  std::string GetLine() override { return lines.at(next++); }
+  std::string GetLine() override {
+    if (throws = !throws; throws) throw std::runtime_error("a line");
+    return lines.at(next++);
+  }
 
   const Lines lines;
   std::size_t next = 0;
+  bool throws = false;
 };
 
 inline ZelLexTokenKind KindOf(char c) {
@@ -40,14 +45,26 @@ inline std::string TokenText(const ZelLexToken& token) {
   return kNames[token.kind] + (' ' + Quoted(token.text));
 }
 
-/// The tokens up to the end; only the first ones of a lexer that finds no end. A copy of the lexer
-/// goes on where it was.
+/// The next token, however often the source throws.
+inline const ZelLexToken* NextToken(ZelLex& lexer) {
+  for (;;) {
+    try {
+      return lexer.GetToken();
+    } catch (const std::runtime_error&) {  // the call can be repeated
+    }
+  }
+}
+
+/// The tokens up to the end; only the first ones of a lexer that finds no end. All come in the same
+/// record, which is empty at the end. A copy of the lexer goes on where it was.
 inline std::string AllTokens(ZelLex& lexer) {
   std::string text;
-  for (const ZelLexToken* token; text.size() < 100000 && (token = lexer.GetToken()) != nullptr;) {
-    text += ' ' + TokenText(*token);
+  const ZelLexToken* const record = NextToken(lexer);
+  for (auto* token = record; token != nullptr && text.size() < 100000; token = NextToken(lexer)) {
+    text += ' ' + (token == record ? TokenText(*token) : "(another record)");
     lexer = ZelLex(lexer);
   }
+  if (record != nullptr && TokenText(*record) != "unknown \"\"") text += " (not reset)";
   return text.erase(0, 1);
 }
 

@@ -210,14 +210,8 @@ struct Arguments {
     } \
   }
 
-template <class Object>
-std::string ResultText(Object&, bool result) {
-  return result ? "true" : "false";
-}
-template <class Object>
-std::string ResultText(Object&, const std::string& result) {
-  return result;
-}
+std::string ResultText(auto&, bool result) { return result ? "true" : "false"; }
+std::string ResultText(auto&, const std::string& result) { return result; }
 
 /// `CALL = RESULT; CALL`, on `object`.
 template <class Object>
