@@ -89,8 +89,10 @@ class Scanner {
   const Call& TakeCall(const std::vector<Call>& calls, Literals& literals) {
     for (const Call& call : calls) {
       Scanner written = *this;
-      if (!written.TakeAs(call.text, literals)) continue;
+      Literals taken = literals;
+      if (!written.TakeAs(call.text, taken)) continue;
       *this = written;
+      literals = taken;
       return call;
     }
     throw std::runtime_error("no such call: " + Column(";|"));
@@ -198,16 +200,16 @@ struct Arguments {
 };
 
 /// The entry of a table for `on.call`, made with `text` and `number`.
-#define SCENARIO_CALL(call)                                                        \
-  {                                                                                \
-#call, [](auto& on, [[maybe_unused]] auto text, [[maybe_unused]] auto number) {  \
-      if constexpr (std::is_void_v<decltype(on.call)>) {                             \
-        on.call;                                                                     \
-        return std::string();                                                        \
-      } else {                                                                       \
-        return ResultText(on, on.call);                                              \
-      }                                                                              \
-    } \
+#define SCENARIO_CALL(call)                                                                        \
+  {                                                                                                \
+    .text = #call, .run = [](auto& on, [[maybe_unused]] auto text, [[maybe_unused]] auto number) { \
+      if constexpr (std::is_void_v<decltype(on.call)>) {                                           \
+        on.call;                                                                                   \
+        return std::string();                                                                      \
+      } else {                                                                                     \
+        return ResultText(on, on.call);                                                            \
+      }                                                                                            \
+    }                                                                                              \
   }
 
 std::string ResultText(auto&, bool result) { return result ? "true" : "false"; }
