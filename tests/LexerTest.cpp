@@ -29,8 +29,9 @@ std::string Written(const std::string& text) {
 
 std::string LinesText(auto& source, auto goOn) {
   std::string lines;
-  for (; source.HasMoreLines() && lines.size() < 100000; goOn(source))
+  for (; source.HasMoreLines() && lines.size() < 100000; goOn(source)) {
     lines += ' ' + Quoted(source.GetLine());
+  }
   if (!source.GetLine().empty()) lines += " (a line after the end)";
   return lines.erase(0, 1);
 }
