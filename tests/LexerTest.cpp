@@ -128,16 +128,20 @@ TEST(LexerObject, HasNoTokensWithoutASource) {
 
 TEST(LexerObject, AnAssignmentIsWholeOrChangesNothing) {
   const std::string wide(50, 'w');
-  ListSource source({wide + " 1"}), other({"a"});
+  ListSource source({wide + " 1"}), other({"a b"});
   ZelLex lexer(&source, true), target(&other, false);
   LexerReference::NextToken(lexer);
   const ZelLexToken* record = LexerReference::NextToken(target);
   const auto check = [&](bool failed) {
     EXPECT_EQ(record->text, failed ? "a" : wide);
-    if (failed) return;
-    EXPECT_EQ(AllTokens(target), R"(unknown "" digits "1")");
+    ZelLex rest(target);
+    EXPECT_EQ(AllTokens(rest), failed ? R"(blank " " word "b")" : R"(unknown "" digits "1")");
   };
   FailingNew::ForEachAllocation([&] { target = lexer; }, check);
+  EXPECT_EQ(target.GetToken(), record) << "the one record of the lexer";
+  target.GetToken();
+  EXPECT_EQ(target.GetToken(), nullptr);
+  EXPECT_EQ(LexerReference::TokenText(*record), R"(unknown "")") << "at the end";
 }
 
 TEST(ParserObject, AFailedAllocationLosesNothingThatTheRepeatedCallNeeds) {
