@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Every public operation of the two file classes occurs in a scenario, or in a test of a file's life.
+# Every public operation of these classes occurs in a scenario of its family, or in a test beside them.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 missing=0
@@ -15,4 +15,8 @@ check() { # HEADER TEST ...
 }
 check include/ConfigFile.h tests/scenarios/flat.txt tests/FileLifeTest.cpp
 check include/MultiSectionFile.h tests/scenarios/sectioned.txt tests/FileLifeTest.cpp
+check include/ZelSection.h tests/scenarios/records.txt
+check include/Tree.h tests/scenarios/records.txt tests/SectionRecordsTest.cpp
+check include/CsvDocument.h tests/scenarios/csv.txt tests/CsvReference.h tests/CsvTest.cpp
+check include/StreamIterator.h tests/LexerTest.cpp
 exit "$missing"
