@@ -94,7 +94,7 @@ const std::vector<Scenarios::Call<Documents>> kCalls = {
 void Run(Scenarios::Scanner& line, Scenarios::Scanner) {
   const std::string text = line.Text();
   line.Need("|");
-  Path("a");
+  Path("a");  // the directory holds memory from the first call on
   const auto held = Held();
   std::optional<Documents> documents(text);
   Scenarios::RunCalls(line, *documents, kCalls);

@@ -85,27 +85,28 @@ struct Reader : ZelParser {
     }
     return Quoted(read);
   }
-  std::string ReadFile(const std::string& path, int tokens) {
-    return Read(tokens, [&] { return ParseFile(path.c_str(), context); });
+  std::string ReadFile(const std::string& name, int tokens) {
+    return Read(tokens, [&] { return ParseFile(name.c_str(), context); });
   }
   std::string ReadText(int tokens) {
     return Read(tokens, [&] { return ParseBuffer(source.c_str(), context); });
   }
 
-  const std::string source;
+  const std::string source, path = Path("%a");
   std::string read;
   void* context = nullptr;
   int limit = 100;
   bool result = true;
 };
 
-const std::vector<Scenarios::Call<Reader>> kParserCalls = {
-    SCENARIO_CALL(ReadFile(Written(on.source), number)), SCENARIO_CALL(ReadFile(text, number)),
-    SCENARIO_CALL(ReadText(number))};
+const std::vector<Scenarios::Call<Reader>> kParserCalls = {SCENARIO_CALL(ReadFile(text, number)),
+                                                           SCENARIO_CALL(ReadFile(on.path, number)),
+                                                           SCENARIO_CALL(ReadText(number))};
 
 // `TEXT | CALL = RESULT; CALL`
 void RunParser(Scanner& line, Scanner) {
   Reader reader(line.Text());
+  Written(reader.source);
   line.Need("|");
   Scenarios::RunCalls(line, reader, kParserCalls);
 }

@@ -84,7 +84,7 @@ class Scanner {
     while (HasText()) texts.push_back(Text());
     return texts;
   }
-  /// The call of the table that is written there, with texts and numbers for names.
+  /// The first call of the table that fits what is written there, with texts and numbers for names.
   template <class Call>
   const Call& TakeCall(const std::vector<Call>& calls, Literals& literals) {
     for (const Call& call : calls) {
