@@ -60,7 +60,7 @@ struct Fixture {
     if (!section->GetEntryList()->empty()) entry = section->GetEntryList()->front();
   }
   ZelSection::EntryPosition At(int index) { return section->GetEntryList()->begin() + index; }
-  // The text of what is below the node, but not below the section with the text `stop`.
+  // The text of the node and of what is below it, but not below a section with the text `stopAt`.
   std::string Walk(const std::string& stopAt) const {
     trace.clear();
     stop = stopAt;
@@ -106,7 +106,8 @@ struct Fixture {
     trace += ')';
     return false;  // is ignored
   }
-  static inline std::string trace = std::string(1000, ' '), stop;  // of the walk under way
+  // Of the walk under way, with room for each: to grow between scenarios would look like a leak.
+  static inline std::string trace = std::string(1000, ' '), stop;
 };
 
 std::string ResultText(Fixture&, Node*) { return ""; }
