@@ -64,7 +64,7 @@ void RunTokens(Scanner& line, Scanner) {
 
 // Its hook reads `limit` tokens at most, and throws instead where that is 0.
 struct Reader : ZelParser {
-  explicit Reader(const std::string& text = "") : source(text) { read.reserve(10000); }
+  explicit Reader(const std::string& text = "") : source(text) { read.reserve(30000); }
   bool Parse(void* given) override {
     if (limit == 0) throw std::runtime_error("hook");
     if (given != context) read += "(another context)";
@@ -146,7 +146,7 @@ TEST(LexerObject, AnAssignmentIsWholeOrChangesNothing) {
 }
 
 TEST(ParserObject, AFailedAllocationLosesNothingThatTheRepeatedCallNeeds) {
-  const std::string text = std::string(9000, 'w') + " 1\n" + std::string(50, 'w') + "7;\nend";
+  const std::string text = std::string(20000, 'w') + " 1\n" + std::string(50, 'w') + "7;\nend";
   for (const std::string path = Written(text); const bool ofFile : {true, false}) {
     const auto run = [&](Reader& parser) {
       ofFile ? parser.ParseFile(path.c_str(), nullptr) : parser.ParseBuffer(text.c_str(), nullptr);
