@@ -9,7 +9,6 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "FileFixtures.h"
 #include "TestFiles.h"
@@ -22,48 +21,31 @@ namespace {
 
 using Platform::OpenMode;
 
+constexpr OpenMode kModes[] = {OpenMode::kRead, OpenMode::kUpdate, OpenMode::kAppend};
+
 // Stands after the first byte: locks count from the start all the same.
-std::shared_ptr<Platform::File> Open(const char* path, OpenMode mode) {
-  const std::shared_ptr<Platform::File> file(new Platform::File(Platform::OpenFile(path, mode)),
-                                             [](Platform::File* opened) {
-                                               Platform::CloseFile(*opened);
-                                               delete opened;
-                                             });
+std::shared_ptr<Platform::File> Open(const std::string& path, OpenMode mode) {
+  const std::shared_ptr<Platform::File> file(
+      new Platform::File(Platform::OpenFile(path.c_str(), mode)), [](Platform::File* opened) {
+        Platform::CloseFile(*opened);
+        delete opened;
+      });
   char byte;
   Platform::ReadBytes(*file, &byte, 1);
   return file;
 }
 
-std::shared_ptr<void> TakeOurs(const char* path, OpenMode mode) {
-  const auto file = Open(path, mode);
-  errno = 0;
-  return Platform::TryLockBytes(*file, file->length) ? file : nullptr;
-}
-
-std::vector<TestSystem::TakeLock> Locks() {
-  std::vector<TestSystem::TakeLock> locks = TestSystem::ForeignLocks();
-  locks.push_back([](const char* path) { return TakeOurs(path, OpenMode::kRead); });
-  locks.push_back([](const char* path) { return TakeOurs(path, OpenMode::kUpdate); });
-  locks.push_back([](const char* path) { return TakeOurs(path, OpenMode::kAppend); });
-  return locks;
-}
-
-class FileLock : public testing::Test {
- protected:
-  FileLock() {
-    TestFiles::Write(path, "a=1\n");
-    TestFiles::Write(empty, "");
-  }
-  const std::string path = TestFiles::Path("file"), empty = TestFiles::Path("empty");
-};
-
-TEST_F(FileLock, KeepsEveryOtherLockOutAndWaitsForIt) {
-  for (const TestSystem::TakeLock take : Locks()) {
+TEST(FileLock, OfAnotherProgramIsWaitedFor) {
+  const std::string path = TestFiles::Written("a=1\n"), empty = TestFiles::Path("empty");
+  TestFiles::Write(empty, "");
+  for (const TestSystem::TakeLock take : TestSystem::ForeignLocks()) {
     auto lock = take(path.c_str());
     const auto ofEmpty = take(empty.c_str());
     ASSERT_TRUE(lock && ofEmpty);
-    for (const OpenMode mode : {OpenMode::kRead, OpenMode::kUpdate, OpenMode::kAppend}) {
-      EXPECT_FALSE(TakeOurs(path.c_str(), mode)) << "mode " << static_cast<int>(mode);
+    for (const OpenMode mode : kModes) {
+      const auto file = Open(path, mode);
+      errno = 0;
+      EXPECT_FALSE(Platform::TryLockBytes(*file, file->length)) << static_cast<int>(mode);
       EXPECT_EQ(errno, TestSystem::kLockedError);
     }
     // An empty file has no bytes to lock, and neither has one that a save has truncated.
@@ -80,25 +62,27 @@ TEST_F(FileLock, KeepsEveryOtherLockOutAndWaitsForIt) {
     EXPECT_TRUE(over);
     holder.join();
     EXPECT_TRUE(take(path.c_str()));  // a read has given its own back
-    const auto file = Open(path.c_str(), OpenMode::kUpdate);
-    Configuration::FileLock ours;
-    EXPECT_TRUE(ours.Acquire(*file) && !take(path.c_str()));
-    EXPECT_TRUE(ours.Release() && take(path.c_str()));
   }
 }
 
-TEST_F(FileLock, CoversTheBytesOfTheFileAndNoneAfterThem) {
-  TestFiles::Write(path, "0123456789", std::ios::binary);
-  for (const OpenMode mode : {OpenMode::kRead, OpenMode::kUpdate, OpenMode::kAppend}) {
+TEST(FileLock, OfOursKeepsEveryOtherOutOfTheBytesOfTheFileAndNoneAfterThem) {
+  const std::string path = TestFiles::Written("a=1\n");
+  for (const OpenMode mode : kModes) {
     SCOPED_TRACE("mode " + std::to_string(static_cast<int>(mode)));
-    const auto file = Open(path.c_str(), mode);
+    const auto file = Open(path, mode);
+    const auto end = static_cast<long>(file->length);
     Configuration::FileLock ours;
     ASSERT_TRUE(ours.Acquire(*file));
+    for (const OpenMode other : kModes) {
+      EXPECT_FALSE(Platform::TryLockBytes(*Open(path, other), end)) << static_cast<int>(other);
+    }
+    for (const TestSystem::TakeLock take : TestSystem::ForeignLocks()) {
+      EXPECT_TRUE(mode == OpenMode::kRead || !take(path.c_str()));
+    }
     EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), 0));
-    EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), 9));
-    EXPECT_TRUE(TestSystem::CanLockByte(path.c_str(), 10));
-    EXPECT_TRUE(ours.Release());
-    EXPECT_TRUE(TestSystem::CanLockByte(path.c_str(), 9));
+    EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), end - 1));
+    EXPECT_TRUE(TestSystem::CanLockByte(path.c_str(), end));
+    EXPECT_TRUE(ours.Release() && Platform::TryLockBytes(*Open(path, mode), end));
   }
 }
 

@@ -2,9 +2,7 @@
 #include "TestSystem.h"
 
 #define WIN32_LEAN_AND_MEAN
-#include <fcntl.h>
 #include <io.h>
-#include <sys/locking.h>
 #include <windows.h>
 
 #include <cerrno>
@@ -17,6 +15,12 @@ std::shared_ptr<void> Open(const char* path) {
   return {CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                       OPEN_EXISTING, 0, nullptr),
           CloseHandle};
+}
+
+// Null when the bytes are locked already. No bytes are no lock.
+std::shared_ptr<void> LockBytes(const char* path, DWORD offset, DWORD bytes) {
+  const std::shared_ptr<void> file = Open(path);
+  return bytes == 0 || LockFile(file.get(), offset, 0, bytes, 0) != 0 ? file : nullptr;
 }
 
 }  // namespace
@@ -33,25 +37,16 @@ int OpenFiles() {
 
 std::vector<TakeLock> ForeignLocks() {
   return {
-      [](const char* path) -> std::shared_ptr<void> {
-        const std::shared_ptr<int> file(new int(_open(path, _O_RDWR | _O_BINARY)),
-                                        [](int* descriptor) {
-                                          _close(*descriptor);
-                                          delete descriptor;
-                                        });
-        const long bytes = _filelength(*file);
-        return bytes == 0 || _locking(*file, _LK_NBLCK, bytes) == 0 ? file : nullptr;
-      },
-      [](const char* path) -> std::shared_ptr<void> {  // the last byte alone
-        const std::shared_ptr<void> file = Open(path);
-        const DWORD size = GetFileSize(file.get(), nullptr);
-        return size == 0 || LockFile(file.get(), size - 1, 0, 1, 0) != 0 ? file : nullptr;
+      [](const char* path) { return LockBytes(path, 0, GetFileSize(Open(path).get(), nullptr)); },
+      [](const char* path) {  // the last byte alone
+        const DWORD size = GetFileSize(Open(path).get(), nullptr);
+        return LockBytes(path, size - 1, size > 0);
       },
   };
 }
 
 bool CanLockByte(const char* path, long offset) {
-  return LockFile(Open(path).get(), static_cast<DWORD>(offset), 0, 1, 0) != 0;
+  return LockBytes(path, static_cast<DWORD>(offset), 1) != nullptr;
 }
 
 }  // namespace TestSystem
