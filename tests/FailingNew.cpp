@@ -7,12 +7,12 @@
 namespace {
 
 constexpr long kNever = -1;
-long liveBlocks = 0, untilFailure = kNever;
+long liveBlocks = 0, allBlocks = 0, untilFailure = kNever;
 
 void* TryAllocate(std::size_t bytes) noexcept {
   if (untilFailure >= 0 && untilFailure-- == 0) return nullptr;
   void* block = std::malloc(bytes == 0 ? 1 : bytes);
-  if (block != nullptr) ++liveBlocks;
+  if (block != nullptr) ++liveBlocks, ++allBlocks;
   return block;
 }
 
@@ -38,6 +38,7 @@ void operator delete[](void* block, std::size_t) noexcept { operator delete(bloc
 namespace FailingNew {
 
 long LiveBlocks() { return liveBlocks; }
+long AllBlocks() { return allBlocks; }
 
 int ForEachAllocation(const std::function<void()>& operation,
                       const std::function<void(bool failed)>& check) {

@@ -13,6 +13,9 @@ namespace FailingNew {
 /// Blocks that are allocated and not yet released.
 long LiveBlocks();
 
+/// Blocks that have been allocated at any time.
+long AllBlocks();
+
 /// Runs `operation` once for each of its allocations, with that allocation failing, and at last
 /// without a failure. After each run `check(failed)` is called, `failed` telling whether the
 /// operation threw `std::bad_alloc`. Returns the number of allocations that were made to fail.

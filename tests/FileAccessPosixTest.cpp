@@ -6,11 +6,8 @@
 #include <pthread.h>
 #include <sys/file.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <functional>
-#include <map>
 #include <numeric>
 #include <set>
 #include <string>
@@ -51,24 +48,8 @@ const struct Reader {
      }},
 };
 
-constexpr std::size_t kPartBytes = 4100;
-
-/// Has one kind of call fail, from one of them on. Reads and writes do a part of what they are
-/// asked to, and nothing where they fail for no reason.
-struct Fault {
-  const char* name;
-  int reason, first = 1, every = 1;
-  int calls = 0;
-
-  int operator()(SystemCall& call) {
-    call.bytes = std::min(call.bytes, kPartBytes);
-    if (call.name != name || ++calls < first || (calls - first) % every != 0) return 0;
-    call.bytes = 0;
-    return reason;
-  }
-};
-std::string FaultText(const Fault& fault) {
-  return fault.name + (" " + std::to_string(fault.first)) + ": " + std::strerror(fault.reason);
+std::string FaultText(const SystemFault& fault) {
+  return fault.name + " " + std::to_string(fault.first) + ": " + std::strerror(fault.reason);
 }
 
 class FileAccess : public testing::Test {
@@ -95,52 +76,42 @@ class FileAccessLock : public FileAccess {};
 // The lock is given back by calls: with a copy of the descriptor in a child that was forked
 // meanwhile it would outlive the close.
 TEST_F(FileAccess, ALoadMakesTenSystemCallsAndASaveFour) {
-  std::string names;
-  const SystemCalls calls([&](SystemCall& call) {
-    names += call.name + " ";
-    return 0;
-  });
   TestFiles::Write(path, text.substr(0, 2000));
   for (const bool readOnly : {true, false}) {
-    names = "";
+    const SystemCalls calls;
     Reading(path, readOnly);
-    EXPECT_EQ(names, readOnly ? "stat open fstat flock fcntl fcntl read fcntl flock close "
-                              : "stat open fstat flock fcntl read fcntl flock close ");
+    EXPECT_EQ(calls.names, readOnly ? "stat open fstat flock fcntl fcntl read fcntl flock close "
+                                    : "stat open fstat flock fcntl read fcntl flock close ");
   }
   for (const bool coalesced : {false, true}) {
-    names = "";
+    const SystemCalls calls;
     Saving(path, coalesced, "key=value\n");
-    EXPECT_EQ(names, "open fstat write close ");
+    EXPECT_EQ(calls.names, "open fstat write close ");
   }
 }
 
 TEST_F(FileAccess, NoOpenFileIsInheritedByAProgramStartedMeanwhile) {
-  int opened = 0;
-  const SystemCalls calls([&](SystemCall& call) {
-    if (call.name != "open") return 0;
-    ++opened;
-    EXPECT_NE(call.argument & O_CLOEXEC, 0);
-    return 0;
-  });
+  SystemCalls calls;
   for (const Reader& reader : kReaders) reader.read(path);
   Saving(path, false, "");
-  EXPECT_EQ(opened, 5);
+  EXPECT_EQ(calls.arguments["open"].size(), 5u);
+  for (const long flags : calls.arguments["open"]) EXPECT_NE(flags & O_CLOEXEC, 0);
 }
 
 TEST_F(FileAccess, AnInterruptedReadGoesOnAndAFailedOneEndsTheContent) {
   const struct {
-    Fault fault;
+    SystemFault fault;
     std::size_t contentBytes;
   } rows[] = {{{"open", EINTR, 1, 2}, text.size()},
               {{"read", EINTR, 1, 3}, text.size()},
-              {{"read", EIO, 11}, 10 * kPartBytes}};
+              {{"read", EIO, 11}, 10 * SystemCalls::kPartBytes}};
   for (const auto& row : rows) {
     for (const Reader& reader : kReaders) {
       SCOPED_TRACE(FaultText(row.fault) + ", " + reader.name);
-      Fault fault = row.fault;
-      const SystemCalls calls(std::ref(fault));
+      SystemCalls calls(row.fault);
       const std::string content = reader.read(path);
-      if (fault.calls == 0) continue;  // a C++ library that reads by the C library's streams
+      if (calls.arguments[row.fault.name].empty())
+        continue;  // a C++ library that reads by the C library's streams
       EXPECT_EQ(Quoted(content), Quoted(text.substr(0, row.contentBytes)));
     }
   }
@@ -148,7 +119,7 @@ TEST_F(FileAccess, AnInterruptedReadGoesOnAndAFailedOneEndsTheContent) {
 
 TEST_F(FileAccess, AnInterruptedSaveGoesOnAndFailsUnlessTheSystemTakesEveryByte) {
   static const struct {
-    Fault fault;
+    SystemFault fault;
     bool isSaved;
   } rows[] = {{{"write", EINTR, 1, 3}, true},
               {{"write", ENOSPC}, false},
@@ -182,20 +153,17 @@ TEST_F(FileAccess, ASaveRunsOnAThreadWithAStackOf32KiB) {
 }
 
 TEST_F(FileAccessLock, IsSharedWhereAnExclusiveOneTakesAWritableDescriptor) {
-  bool isShared = false;
-  const SystemCalls asOverNfs([&](SystemCall& call) {
-    if (call.name != "flock") return 0;
-    if (call.argument == (LOCK_SH | LOCK_NB)) isShared = true;
-    return (call.argument & LOCK_EX) != 0 ? EBADF : 0;
-  });
+  SystemCalls asOverNfs({"flock", EBADF, 1, 1, LOCK_EX});
   EXPECT_EQ(Reading(path, false), LockMessage(EBADF));
+  asOverNfs.arguments.clear();
   EXPECT_EQ(Quoted(Reading(path, true)), Quoted(text));
-  EXPECT_TRUE(isShared);
+  EXPECT_EQ(asOverNfs.arguments["flock"],
+            (std::vector<long>{LOCK_EX | LOCK_NB, LOCK_SH | LOCK_NB, LOCK_UN}));
 }
 
 TEST_F(FileAccessLock, RefusedQuotesTheReasonButRangeLocksMayBeUnknown) {
   static const struct {
-    Fault fault;
+    SystemFault fault;
     bool isRefused;
   } rows[] = {{{"flock", ENOLCK}, true},   {{"flock", EBADF}, true},
               {{"fstat", ESTALE}, true},   {{"fcntl", EDEADLK}, true},
@@ -212,16 +180,12 @@ TEST_F(FileAccessLock, RefusedQuotesTheReasonButRangeLocksMayBeUnknown) {
 }
 
 TEST_F(FileAccessLock, IsTried101TimesInTenSecondsAndNotInStep) {
-  std::map<std::string, int> times;
-  std::vector<long> rests;
-  const SystemCalls calls([&](SystemCall& call) {
-    ++times[call.name];
-    if (call.name == "nanosleep") rests.push_back(call.argument);
-    return call.name == "flock" ? EAGAIN : 0;
-  });
+  SystemCalls calls({"fcntl", EAGAIN});
   EXPECT_EQ(Reading(path, true), LockMessage(EAGAIN));
-  EXPECT_EQ(times["flock"], 101);
-  EXPECT_EQ(times["fstat"], 101) << "the length may have changed";
+  EXPECT_EQ(calls.arguments["fstat"].size(), 101u) << "the length may have changed";
+  EXPECT_EQ(calls.arguments["fcntl"].size(), 101u);
+  EXPECT_EQ(calls.arguments["flock"].size(), 202u) << "given back each time";
+  const std::vector<long>& rests = calls.arguments["nanosleep"];
   EXPECT_EQ(rests.size(), 100u);
   EXPECT_EQ(std::accumulate(rests.begin(), rests.end(), 0L), 10000);
   EXPECT_GT(std::set<long>(rests.begin(), rests.end()).size(), 10u);

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -19,7 +18,6 @@
 #include "TestFiles.h"
 #include "TestSystem.h"
 #include "config/files/PathCheck.h"
-#include "config/lines/ConfigLineList.h"
 
 namespace {
 
@@ -52,49 +50,16 @@ TYPED_TEST(FileLife, WithoutASourceCursorsAreUnsetAndEditsWork) {
   EXPECT_EQ(file.Image() + file.Entries(), "\ta=1\n>a[1]");
 }
 
-TYPED_TEST(FileLife, TextInMemoryLosesALastLineWithoutLineFeed) {
-  TypeParam file(this->tokens, "a=1\nb=2", true, false, true);
-  EXPECT_EQ(file.Image() + file.Entries(), "a=1\n>a[1]");
-}
-
-TYPED_TEST(FileLife, AttachToBufferTakesLinesOf1023BytesAndRefuses1024) {
-  TypeParam file(this->tokens, "z=0\n", true, false, true);
-  const std::string fits = "a=" + std::string(1020, 'v') + "\n", tooLong = "b" + fits;
-  EXPECT_FALSE(file.AttachToBuffer((fits + tooLong + fits).c_str(), "path"));
-  EXPECT_EQ(file.Image() + file.Entries(), fits + "(end)");
-  EXPECT_TRUE(file.Save(false, nullptr));
-  EXPECT_EQ(TestFiles::Read("path"), fits);
-}
-
-TYPED_TEST(FileLife, AttachToBufferDecidesThePathAnew) {
+TYPED_TEST(FileLife, SaveWritesItsTargetOrThePathThatAttachToBufferDecided) {
   TestFiles::Write("file", "a=1\n");
   TypeParam file(this->tokens, "file");
-  EXPECT_TRUE(file.AttachToBuffer("b=2\n", "other") && file.Save(false, nullptr));
-  EXPECT_EQ(TestFiles::Read("file") + TestFiles::Read("other"), "a=1\nb=2\n");
+  EXPECT_TRUE(file.AttachToBuffer("b=2\n", "path") && file.Save(true, "target"));
+  EXPECT_FALSE(fs::exists("path"));
+  EXPECT_TRUE(file.Save(false, ""));  // as null; no target becomes the path
+  EXPECT_EQ(TestFiles::Read("file") + TestFiles::Read("path") + TestFiles::Read("target"),
+            "a=1\nb=2\nb=2\n");
   EXPECT_TRUE(file.AttachToBuffer("c=3\n", nullptr));
-  EXPECT_FALSE(file.Save(false, nullptr));
-  EXPECT_TRUE(file.AttachToBuffer("c=3\n", ""));  // an empty path is a path
-  EXPECT_EQ(Outcome([&] { return file.Save(false, nullptr); }),
-            std::string("Error saving file \"\" : ") + std::strerror(ENOENT));
-}
-
-TYPED_TEST(FileLife, WithoutAPathSaveTouchesNoFileAndReloadDoesNothing) {
-  TypeParam file(this->tokens, "a=1\nb=2\n", true, false, true);
-  EXPECT_TRUE(file.DeleteEntry("a"));
-  EXPECT_FALSE(file.Save(false, "target") || file.Save(true, nullptr) || fs::exists("target"));
-  file.Reload();
-  EXPECT_EQ(file.Entries(), ">b[2]");
-  EXPECT_TRUE(file.DeleteMark());
-}
-
-TYPED_TEST(FileLife, SavesToATargetAndKeepsItsPath) {
-  TestFiles::Write("file", "a=1\nb=2\n");
-  TypeParam file(this->tokens, "file");
-  EXPECT_TRUE(file.DeleteEntry("a") && file.Save(true, "target"));
-  EXPECT_EQ(TestFiles::Read("file") + TestFiles::Read("target"), "a=1\nb=2\nb=2\n");
-  EXPECT_EQ(file.Entries(), ">b[2]");
-  EXPECT_TRUE(file.Save(false, ""));  // as null
-  EXPECT_EQ(TestFiles::Read("file"), "b=2\n");
+  EXPECT_FALSE(file.Save(false, "other") || file.Save(true, nullptr) || fs::exists("other"));
 }
 
 TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
@@ -109,49 +74,21 @@ TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
 // --- Bytes ---
 
 TYPED_TEST(FileLife, KeepsEveryByteBeyondTheBuffers) {
-  auto line = [n = 0](std::size_t bytes) mutable {
-    return std::string(bytes - 1, static_cast<char>('a' + n++ % 26)) + "\n";
-  };
-  std::string block;  // what two of a writer's blocks hold, less 32 bytes
-  while (block.size() < 32 * 1023) block += line(1023);
-  std::string small;  // more lines than the largest slab of a pool holds
-  while (small.size() < 300000) small += "ab=1\n";
-  for (const std::string& image : {small, block + line(32) + block + line(33) + block,
-                                   line(2500) + line(70000) + std::string(3000, '\0') + "end"}) {
-    TestFiles::Write("file", image);
-    TypeParam file(this->tokens, "file", false, true);
-    EXPECT_EQ(Quoted(file.Image()), Quoted(image));
-    file.SetEntry("k", "");
-    file.SetEntry("k", std::string(40000, 'v').c_str());  // a line larger than the writer's block
-    for (const bool coalesced : {true, false}) {
-      EXPECT_TRUE(file.Save(coalesced, "out"));
-      EXPECT_EQ(Quoted(TestFiles::Read("out")), Quoted(file.Image()));
-    }
+  std::string image;
+  while (image.size() < 300000) image += "ab=1\n";  // more lines than the largest slab holds
+  for (std::size_t n = 1; n < 1100; ++n) {
+    image += std::string(n, static_cast<char>('a' + n % 26)) + "\n";
   }
-}
-
-// Lines of each length beside each other; each grows past its room, and every second is deleted and
-// added again, so that blocks of each size are taken and used anew.
-TYPED_TEST(FileLife, EachLineKeepsToItsOwnBytes) {
-  const auto line = [](std::size_t key, std::size_t more) {
-    return std::to_string(key) + "=" + std::string(key + more, static_cast<char>('a' + more % 26)) +
-           "\n";
-  };
-  const auto set = [](TypeParam& file, const std::string& text) {
-    const std::size_t is = text.find('=');
-    file.SetEntry(text.substr(0, is).c_str(), text.substr(is + 1, text.size() - is - 2).c_str());
-  };
-  TypeParam file(kPresetTokens, nullptr);
-  std::string even, odd;
-  for (const std::size_t more : {0u, 34u, 67u}) {  // a new line has room for 33 bytes, then for 32
-    for (std::size_t n = 1; n <= 300; ++n) set(file, line(n, more));
+  image += std::string(70000, 'x') + std::string(3000, '\0') + "end";
+  TestFiles::Write("file", image);
+  TypeParam file(this->tokens, "file", false, true);
+  EXPECT_EQ(Quoted(file.Image()), Quoted(image));
+  file.SetEntry("k", "");
+  file.SetEntry("k", std::string(40000, 'v').c_str());  // a line larger than the writer's block
+  for (const bool coalesced : {true, false}) {
+    EXPECT_TRUE(file.Save(coalesced, "out"));
+    EXPECT_EQ(Quoted(TestFiles::Read("out")), Quoted(file.Image()));
   }
-  for (std::size_t n = 1; n <= 300; ++n) {
-    (n % 2 == 0 ? even : odd) += line(n, n % 2 == 0 ? 67 : 66);
-    if (n % 2 == 1) file.DeleteEntry(std::to_string(n).c_str());
-  }
-  for (std::size_t n = 1; n <= 300; n += 2) set(file, line(n, 66));
-  EXPECT_EQ(Quoted(file.Image()), Quoted(even + odd));
 }
 
 // Where the system has one, line ends are folded and unfolded, and 0x1A ends the file.
@@ -171,47 +108,28 @@ TYPED_TEST(FileLife, IsReadAndWrittenInTextMode) {
 
 // --- Memory ---
 
-TEST(ConfigLineList, LineHasRoomFor33BytesAndOnceMovedFor32) {
-  Configuration::ConfigLineList lines;
-  lines.AddLine("0123456789", true);
-  const auto line = lines.First();
+TYPED_TEST(FileLife, CoalescedSavesNeedMemoryEverMoreRarely) {
   static const struct {
-    std::size_t grow, capacity;
-  } rows[] = {{33, 43}, {1, 76}, {32, 76}, {1, 109}};
+    int file;
+    std::size_t imageBytes;
+    long blocks;
+  } rows[] = {{0, 0, 0},     {0, 1, 1},     {0, 65535, 0}, {0, 65536, 1}, {0, 67584, 0},
+              {0, 67585, 1}, {0, 71681, 0}, {0, 71682, 1}, {0, 79874, 0}, {0, 79875, 1},
+              {1, 65536, 1}, {1, 66560, 0}, {1, 66561, 1}};
+  TypeParam files[] = {{this->tokens, nullptr}, {this->tokens, nullptr}};
   for (const auto& row : rows) {
-    lines.GrowLine(line, row.grow);
-    EXPECT_EQ(line->Capacity(), row.capacity);
-    EXPECT_EQ(lines.totalLength, line->length);
+    SCOPED_TRACE(row.imageBytes);
+    files[row.file].AttachToBuffer(std::string(row.imageBytes, '\n').c_str(), "file");
+    const long before = FailingNew::AllBlocks();
+    files[row.file].Save(true, nullptr);
+    EXPECT_EQ(FailingNew::AllBlocks() - before, row.blocks);
   }
 }
 
-TEST_F(FlatFileLife, TheSaveBufferGrowsEverMoreRarely) {
-  struct LineFile : FlatFile {
-    using FlatFile::FlatFile;
-    using FlatFile::lines;
-  };
-  const struct {
-    std::size_t image, capacity, growth;
-    bool isNew;
-  } rows[] = {{0, 0, 1, true},          {65535, 65536, 1, false}, {65536, 67585, 2, false},
-              {67585, 71682, 4, false}, {71682, 79875, 8, false}, {65536, 66561, 1, true},
-              {66561, 68610, 2, false}, {9, 68610, 2, false}};
-  std::optional<LineFile> file;
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.image);
-    if (row.isNew) file.emplace(tokens, nullptr);
-    if (row.isNew) file->AttachToBuffer("", "file");
-    file->ClearAll();
-    file->lines->AddLine(std::string(row.image, 'x'), true);
-    EXPECT_TRUE(file->Save(true, nullptr));
-    EXPECT_EQ(file->lines->saveCapacity, row.capacity);
-    EXPECT_EQ(file->lines->saveGrowth, row.growth);
-  }
-}
-
-TYPED_TEST(FileLife, EditsThatTakeEachOtherBackNeedNoMoreMemory) {
+TYPED_TEST(FileLife, EditsThatTakeEachOtherBackNeedNoMoreMemoryAndClearAllGivesItBack) {
   for (const bool clears : {false, true}) {
     TypeParam file(this->tokens, nullptr);
+    const long atFirst = FailingNew::LiveBlocks();
     long blocks = 0;
     for (int i = 0; i < 3000; ++i) {
       if (i == 100) blocks = FailingNew::LiveBlocks();
@@ -220,23 +138,14 @@ TYPED_TEST(FileLife, EditsThatTakeEachOtherBackNeedNoMoreMemory) {
       if constexpr (TypeParam::kHasSections) {
         file.AddSection("s", true);
         file.AddSectionEntry("k", "");
-        file.DeleteSection();
+        if (!clears) file.DeleteSection();
       }
       clears ? file.ClearAll() : (void)file.DeleteEntry("k");
     }
     EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
+    file.ClearAll();
+    EXPECT_EQ(FailingNew::LiveBlocks(), atFirst);
   }
-}
-
-TYPED_TEST(FileLife, ClearAllGivesAllMemoryBack) {
-  std::string text;
-  for (int i = 0; i < 2000; ++i) text += "a=1\n{\nb=2\n}\n";
-  TypeParam file(this->tokens, nullptr);
-  const long blocks = FailingNew::LiveBlocks();
-  file.AttachToBuffer(text.c_str(), nullptr);
-  EXPECT_GT(FailingNew::LiveBlocks(), blocks);
-  file.ClearAll();
-  EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
 }
 
 TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
@@ -267,16 +176,8 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
   const auto failure = [](const char* action, const std::string& path, int error) {
     return std::string("Error ") + action + " file \"" + path + "\" : " + std::strerror(error);
   };
-  const auto made = [&](const std::string& source, bool create, bool reads) {
-    return
-        [&with, source, create, reads] { return F(with, source.c_str(), create, reads).Image(); };
-  };
-  const auto bounded = [](const char* start, const char* stop) {
-    const FileTokens chosen = {nullptr, start, stop, "=", "#", nullptr};
-    return [chosen] { return SectionFile(chosen, "file").Image(); };
-  };
-  const auto on = [&with](auto call) {
-    return [&with, call] {
+  const auto on = [&](auto call) {
+    return [&, call] {
       F file(with, "file");
       const std::string said = Outcome([&] { return call(file); });
       EXPECT_EQ(file.IsTornDown(), said != "true");
@@ -290,34 +191,44 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
     std::function<std::string()> run;
     std::string said;
   } rows[] = {
-      {made("conf/sub/cfg", true, false), "Path conf/sub does not exist."},
-      {made(far + "/c", false, false), "Path " + far + " does not exist."},
-      {made("none", false, false), failure("opening", "none", ENOENT)},
-      {made("none", true, true), failure("opening", "none", ENOENT)},
-      {made(far, true, false), failure("opening", far, TestSystem::kLongNameError)},
-      {made("dir", false, true), failure("opening", "dir", TestSystem::kDirectoryError)},
-      {made("made", true, false), ""},
-      {made("file", false, false), image},
+      {[&] { return F(with, "conf/sub/cfg", true).Image(); }, "Path conf/sub does not exist."},
+      {[&] { return F(with, (far + "/c").c_str()).Image(); }, "Path " + far + " does not exist."},
+      {[&] { return F(with, "none").Image(); }, failure("opening", "none", ENOENT)},
+      {[&] { return F(with, "none", true, true).Image(); }, failure("opening", "none", ENOENT)},
+      {[&] { return F(with, far.c_str(), true).Image(); },
+       failure("opening", far, TestSystem::kLongNameError)},
+      {[&] { return F(with, "dir", false, true).Image(); },
+       failure("opening", "dir", TestSystem::kDirectoryError)},
+      {[&] { return F(with, "made", true).Image(); }, ""},
+      {[&] { return F(with, "file").Image(); }, image},
       {[&] { return SectionFile(with, "{\n", true, true, true).Image(); },
        "File \"\" is corrupted!"},
-      {bounded("{", "}\n"), isShort},
-      {bounded("{\n", "\n"), isShort},
+      {[] {
+         return SectionFile({"", "{", "}\n", "=", "#", ""}, nullptr).Image();
+       },
+       isShort},
+      {[] {
+         return SectionFile({"", "{\n", "\n", "=", "#", ""}, nullptr).Image();
+       },
+       isShort},
       {on([](F& file) { return file.Save(false, "out"); }), "true"},
       {on([](F& file) { return file.Save(true, "out"); }), "true"},
       {on([](F& file) { return file.Save(true, "no/c"); }), failure("saving", "no/c", ENOENT)},
       {on([](F& file) { return file.Save(true, "dir"); }),
        failure("saving", "dir", TestSystem::kDirectoryError)},
+      {on([](F& file) { return file.AttachToBuffer("", ""), file.Save(false, nullptr); }),
+       failure("saving", "", ENOENT)},  // an empty path is a path
       {on([](F& file) { return file.AttachToBuffer("", "none"), file.Reload(), true; }),
        failure("opening", "none", ENOENT)},
   };
   fs::create_directory("dir");
+  TestFiles::Write("file", image);
   const int openFiles = TestSystem::OpenFiles();
   bool aSaveMissedItsBuffer = false;
   std::string said;
   said.reserve(10000);  // no block of its own while one fails
   for (const auto& row : rows) {
     SCOPED_TRACE(row.said);
-    TestFiles::Write("file", image);
     const int failed = FailingNew::ForEachAllocationOn<std::monostate>(
         [&](auto&) {
           said.clear();
@@ -352,7 +263,7 @@ TEST_F(FlatFileLife, ThePathCheckAsksForTheDirectoryThatThePathNames) {
       {"Q:/sub\\cfg.txt", false, false, "Q:/sub"},
       {"a\\b/c/file", true, true, "a/b/c"},
       {absolute + "/file", true, true, absolute},
-      {"file/sub/cfg", true, false, "file/sub"},
+      {"file/cfg", true, false, "file"},
   };
   fs::create_directory("here");
   TestFiles::Write("file", "");
@@ -366,15 +277,13 @@ TEST_F(FlatFileLife, ThePathCheckAsksForTheDirectoryThatThePathNames) {
 }
 
 TEST(MultiSectionConfigFile, HasItsTokensWhateverItsThirdArgument) {
+  const std::string path = TestFiles::Written("x = 1\nsection a {\n# k=0\nk=1\n}\n");
   for (const bool ignored : {false, true}) {
-    const std::string path = TestFiles::Written("x = 1\nsection a {\n# k=0\nk=1\n}\n");
-    Configuration::MultiSectionConfigFile file(path.c_str(), false, ignored, true, false);
-    char name[4], value[4], image[80];
-    EXPECT_EQ(file.GetSectionName(name, 4) + file.GetSectionEntry("k", value, 4), 2u);
-    EXPECT_EQ(name + std::string(value), "a1");
+    FileFixture<Configuration::MultiSectionConfigFile> file(path.c_str(), false, ignored, true,
+                                                            false);
     EXPECT_TRUE(file.AddSection("b", false) && file.AddSectionEntry("k", "2"));
-    EXPECT_TRUE(file.SaveToBuffer(image, sizeof image));
-    EXPECT_STREQ(image, "x = 1\nsection a {\n# k=0\nk=1\n}\nsection b {\nk=2\n}\n");
+    EXPECT_EQ(file.Image(), "x = 1\nsection a {\n# k=0\nk=1\n}\nsection b {\nk=2\n}\n");
+    EXPECT_EQ(file.Sections(), "a{(unset) k[1]} >b{(unset) k[2]}");
   }
 }
 

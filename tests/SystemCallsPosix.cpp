@@ -11,13 +11,14 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <utility>
 
 namespace {
 
-thread_local SystemCalls::Hook* shown = nullptr;
+thread_local SystemCalls* noted = nullptr;
 
 /// The C library's function of that name and type. A function that has offsets in it may have a
 /// name of its own for those of 64 bits, and on a 32-bit system another layout: that one comes
@@ -29,33 +30,38 @@ Function* Real(Function*, const char* name, const char* nameFor64 = nullptr) {
   return reinterpret_cast<Function*>(found);
 }
 
-/// Lets the hook decide on a call. Where it refuses, its reason is in `errno`.
-bool IsRefused(SystemCall&& call, std::size_t* bytes = nullptr) {
-  if (shown == nullptr) return false;
-  SystemCalls::Hook* const hook = std::exchange(shown, nullptr);  // its own calls are not shown
-  const int before = errno;
-  const int reason = (*hook)(call);
-  shown = hook;
-  errno = reason != 0 ? reason : before;
-  if (bytes != nullptr) *bytes = call.bytes;
-  return reason != 0;
+/// Notes a call. Where it fails, the reason is in `errno`.
+bool IsRefused(const char* name, long argument, std::size_t* bytes = nullptr) {
+  SystemCalls* const calls = std::exchange(noted, nullptr);  // what this calls is not noted
+  if (calls == nullptr) return false;
+  const SystemFault& fault = calls->fault;
+  std::vector<long>& same = calls->arguments[name];
+  same.push_back(argument);
+  calls->names += name + std::string(" ");
+  const bool fails = name == fault.name && same.size() >= fault.first &&
+                     (same.size() - fault.first) % fault.every == 0 &&
+                     (argument & fault.flag) == fault.flag;
+  if (bytes != nullptr) *bytes = fails ? 0 : std::min(*bytes, SystemCalls::kPartBytes);
+  noted = calls;
+  if (fails && fault.reason != 0) errno = fault.reason;
+  return fails && fault.reason != 0;
 }
 
 }  // namespace
 
-SystemCalls::SystemCalls(Hook hook) : hook_(std::move(hook)) { shown = &hook_; }
-SystemCalls::~SystemCalls() { shown = nullptr; }
+SystemCalls::SystemCalls(const SystemFault& toMeet) : fault(toMeet) { noted = this; }
+SystemCalls::~SystemCalls() { noted = nullptr; }
 
 extern "C" {
 
 int stat(const char* path, struct stat* status) noexcept {
   static const auto real = Real(&stat, "stat", "stat64");
-  return IsRefused({"stat", 0, 0}) ? -1 : real(path, status);
+  return IsRefused("stat", 0) ? -1 : real(path, status);
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {
   static const auto real = Real(&fstat, "fstat", "fstat64");
-  return IsRefused({"fstat", 0, 0}) ? -1 : real(descriptor, status);
+  return IsRefused("fstat", 0) ? -1 : real(descriptor, status);
 }
 
 int open(const char* path, int flags, ...) {
@@ -64,12 +70,12 @@ int open(const char* path, int flags, ...) {
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
   va_end(rest);
-  return IsRefused({"open", flags, 0}) ? -1 : real(path, flags, mode);
+  return IsRefused("open", flags) ? -1 : real(path, flags, mode);
 }
 
 int flock(int descriptor, int operation) noexcept {
   static const auto real = Real(&flock, "flock");
-  return IsRefused({"flock", operation, 0}) ? -1 : real(descriptor, operation);
+  return IsRefused("flock", operation) ? -1 : real(descriptor, operation);
 }
 
 int fcntl(int descriptor, int command, ...) {
@@ -78,33 +84,29 @@ int fcntl(int descriptor, int command, ...) {
   va_start(rest, command);
   void* const argument = va_arg(rest, void*);  // an int is passed alike
   va_end(rest);
-  return IsRefused({"fcntl", 0, 0}) ? -1 : real(descriptor, command, argument);
+  return IsRefused("fcntl", 0) ? -1 : real(descriptor, command, argument);
 }
 
 ssize_t read(int descriptor, void* buffer, size_t bytes) {
   static const auto real = Real(&read, "read");
-  return IsRefused({"read", 0, bytes}, &bytes) ? -1 : real(descriptor, buffer, bytes);
+  return IsRefused("read", 0, &bytes) ? -1 : real(descriptor, buffer, bytes);
 }
 
 ssize_t write(int descriptor, const void* buffer, size_t bytes) {
   static const auto real = Real(&write, "write");
-  return IsRefused({"write", 0, bytes}, &bytes) ? -1 : real(descriptor, buffer, bytes);
+  return IsRefused("write", 0, &bytes) ? -1 : real(descriptor, buffer, bytes);
 }
 
 int close(int descriptor) {
   static const auto real = Real(&close, "close");
-  const bool refused = IsRefused({"close", 0, 0});
-  const int reason = errno;
   const int result = real(descriptor);
-  if (refused) errno = reason;
-  return refused ? -1 : result;
+  return IsRefused("close", 0) ? -1 : result;
 }
 
 int nanosleep(const timespec* duration, timespec* left) {
   static const auto real = Real(&nanosleep, "nanosleep");
-  if (shown == nullptr) return real(duration, left);
-  return IsRefused({"nanosleep", duration->tv_sec * 1000 + duration->tv_nsec / 1000000, 0}) ? -1
-                                                                                            : 0;
+  if (noted == nullptr) return real(duration, left);
+  return IsRefused("nanosleep", duration->tv_sec * 1000 + duration->tv_nsec / 1000000) ? -1 : 0;
 }
 
 }  // extern "C"

@@ -3,30 +3,34 @@
 #define ZELCONFUTILS_TESTS_SYSTEM_CALLS_POSIX_H
 
 #include <cstddef>
-#include <functional>
+#include <map>
 #include <string>
+#include <vector>
 
-/// A call to the system on its way there.
-struct SystemCall {
-  std::string name;   ///< "open", "flock", ...
-  long argument;      ///< open: flags; flock: operation; nanosleep: milliseconds
-  std::size_t bytes;  ///< read, write: asked for; a hook may make it fewer
+/// Which calls of one name fail: from the first given on each so many. A read or a write that fails
+/// for no reason says that it did nothing.
+struct SystemFault {
+  std::string name = "";
+  int reason = 0;
+  std::size_t first = 1, every = 1;
+  long flag = 0;  ///< that the argument has, for the call to fail
 };
 
-/// Shows the calls of this thread to `hook` while it lives: stat, open, fstat, flock, fcntl, read,
-/// write, close and nanosleep, those of the library and of the C++ library, not what the C library
-/// calls within itself. A call fails with the reason that `hook` returns (a close closes all the
-/// same), or goes to the system for 0. Sleeps take no time.
-class SystemCalls {
- public:
-  using Hook = std::function<int(SystemCall&)>;
-  explicit SystemCalls(Hook hook);
-  ~SystemCalls();
-  SystemCalls(const SystemCalls&) = delete;
-  SystemCalls& operator=(const SystemCalls&) = delete;
+/// Notes the calls of this thread while it lives: stat, open, fstat, flock, fcntl, read, write,
+/// close and nanosleep, those of the library and of the C++ library, not what the C library calls
+/// within itself. They go to the system unless they fail (a close closes all the same); reads and
+/// writes do a part of what they are asked to. Sleeps take no time.
+struct SystemCalls {
+  static constexpr std::size_t kPartBytes = 4100;
 
- private:
-  Hook hook_;
+  explicit SystemCalls(const SystemFault& toMeet = {});
+  SystemCalls(const SystemCalls&) = delete;
+  ~SystemCalls();
+
+  const SystemFault fault;
+  std::string names;  ///< "stat open "
+  /// By name. Of open its flags, of flock the operation, of nanosleep the milliseconds.
+  std::map<std::string, std::vector<long>> arguments;
 };
 
 #endif
