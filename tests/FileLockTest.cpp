@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <memory>
 #include <string>
 #include <thread>
 
@@ -24,16 +23,14 @@ using Platform::OpenMode;
 constexpr OpenMode kModes[] = {OpenMode::kRead, OpenMode::kUpdate, OpenMode::kAppend};
 
 // Stands after the first byte: locks count from the start all the same.
-std::shared_ptr<Platform::File> Open(const std::string& path, OpenMode mode) {
-  const std::shared_ptr<Platform::File> file(
-      new Platform::File(Platform::OpenFile(path.c_str(), mode)), [](Platform::File* opened) {
-        Platform::CloseFile(*opened);
-        delete opened;
-      });
-  char byte;
-  Platform::ReadBytes(*file, &byte, 1);
-  return file;
-}
+struct OpenFile : Platform::File {
+  OpenFile(const std::string& path, OpenMode mode)
+      : Platform::File(Platform::OpenFile(path.c_str(), mode)) {
+    char byte;
+    Platform::ReadBytes(*this, &byte, 1);
+  }
+  ~OpenFile() { Platform::CloseFile(*this); }
+};
 
 TEST(FileLock, OfAnotherProgramIsWaitedFor) {
   const std::string path = TestFiles::Written("a=1\n"), empty = TestFiles::Path("empty");
@@ -43,9 +40,9 @@ TEST(FileLock, OfAnotherProgramIsWaitedFor) {
     const auto ofEmpty = take(empty.c_str());
     ASSERT_TRUE(lock && ofEmpty);
     for (const OpenMode mode : kModes) {
-      const auto file = Open(path, mode);
+      const OpenFile file(path, mode);
       errno = 0;
-      EXPECT_FALSE(Platform::TryLockBytes(*file, file->length)) << static_cast<int>(mode);
+      EXPECT_FALSE(Platform::TryLockBytes(file, file.length)) << static_cast<int>(mode);
       EXPECT_EQ(errno, TestSystem::kLockedError);
     }
     // An empty file has no bytes to lock, and neither has one that a save has truncated.
@@ -69,12 +66,12 @@ TEST(FileLock, OfOursKeepsEveryOtherOutOfTheBytesOfTheFileAndNoneAfterThem) {
   const std::string path = TestFiles::Written("a=1\n");
   for (const OpenMode mode : kModes) {
     SCOPED_TRACE("mode " + std::to_string(static_cast<int>(mode)));
-    const auto file = Open(path, mode);
-    const auto end = static_cast<long>(file->length);
+    const OpenFile file(path, mode);
+    const auto end = static_cast<long>(file.length);
     Configuration::FileLock ours;
-    ASSERT_TRUE(ours.Acquire(*file));
+    ASSERT_TRUE(ours.Acquire(file));
     for (const OpenMode other : kModes) {
-      EXPECT_FALSE(Platform::TryLockBytes(*Open(path, other), end)) << static_cast<int>(other);
+      EXPECT_FALSE(Platform::TryLockBytes(OpenFile(path, other), end)) << static_cast<int>(other);
     }
     for (const TestSystem::TakeLock take : TestSystem::ForeignLocks()) {
       EXPECT_TRUE(mode == OpenMode::kRead || !take(path.c_str()));
@@ -82,7 +79,7 @@ TEST(FileLock, OfOursKeepsEveryOtherOutOfTheBytesOfTheFileAndNoneAfterThem) {
     EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), 0));
     EXPECT_FALSE(TestSystem::CanLockByte(path.c_str(), end - 1));
     EXPECT_TRUE(TestSystem::CanLockByte(path.c_str(), end));
-    EXPECT_TRUE(ours.Release() && Platform::TryLockBytes(*Open(path, mode), end));
+    EXPECT_TRUE(ours.Release() && Platform::TryLockBytes(OpenFile(path, mode), end));
   }
 }
 
