@@ -76,7 +76,7 @@ TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
 TYPED_TEST(FileLife, KeepsEveryByteBeyondTheBuffers) {
   std::string image;
   while (image.size() < 300000) image += "ab=1\n";  // more lines than the largest slab holds
-  for (std::size_t n = 1; n < 1100; ++n) {
+  for (std::size_t n = 1; n < 400; ++n) {
     image += std::string(n, static_cast<char>('a' + n % 26)) + "\n";
   }
   image += std::string(70000, 'x') + std::string(3000, '\0') + "end";
@@ -144,8 +144,8 @@ TYPED_TEST(FileLife, CoalescedSavesNeedMemoryEverMoreRarely) {
     int file;
     std::size_t imageBytes;
     long blocks;
-  } rows[] = {{0, 0, 0},     {0, 1, 1},     {0, 65535, 0}, {0, 65536, 1}, {0, 67584, 0},
-              {0, 67585, 1}, {0, 71681, 0}, {0, 71682, 1}, {0, 79874, 0}, {0, 79875, 1},
+  } rows[] = {{0, 0, 0},     {0, 1, 1},     {0, 65535, 0}, {0, 65536, 1},
+              {0, 67584, 0}, {0, 67585, 1}, {0, 71681, 0}, {0, 71682, 1},
               {1, 65536, 1}, {1, 66560, 0}, {1, 66561, 1}};
   TypeParam files[] = {{this->tokens, nullptr}, {this->tokens, nullptr}};
   for (const auto& row : rows) {

