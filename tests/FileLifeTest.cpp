@@ -22,6 +22,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+namespace Poison = Configuration::Poison;
 
 // Relative paths of a test start in a directory of its own. Most tests run for both file classes.
 template <class F>
@@ -40,6 +41,10 @@ struct FileLife : testing::Test {
 using Files = testing::Types<FlatFile, SectionFile>;
 TYPED_TEST_SUITE(FileLife, Files);
 struct FlatFileLife : FileLife<FlatFile> {};
+
+std::string Failure(const char* action, const std::string& path, int reason) {
+  return std::string("Error ") + action + " file \"" + path + "\" : " + std::strerror(reason);
+}
 
 // --- Making, filling and clearing ---
 
@@ -60,6 +65,8 @@ TYPED_TEST(FileLife, SaveWritesItsTargetOrThePathThatAttachToBufferDecided) {
             "a=1\nb=2\nb=2\n");
   EXPECT_TRUE(file.AttachToBuffer("c=3\n", nullptr));
   EXPECT_FALSE(file.Save(false, "other") || file.Save(true, nullptr) || fs::exists("other"));
+  EXPECT_TRUE(file.AttachToBuffer("c=3\n", ""));  // an empty path is a path
+  EXPECT_EQ(Outcome([&] { return file.Save(false, nullptr); }), Failure("saving", "", ENOENT));
 }
 
 TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
@@ -124,17 +131,15 @@ TEST(TextPool, TextsLieSideBySideAndKeepToTheirOwnBytes) {
     };
     for (std::size_t i = 0; i < 40; ++i) take(i);
     if (n < 200) {
-      EXPECT_LT(texts[1] - texts[0], static_cast<long>(n + 10 + Configuration::Poison::kGapBytes));
+      EXPECT_LT(texts[1] - texts[0], static_cast<long>(n + 10 + Poison::kGapBytes));
     }
     for (std::size_t i = 0; i < 40; i += 2) pool.Give(texts[i]);
     for (std::size_t i = 0; i < 40; i += 2) take(i);
     for (std::size_t i = 0; i < 40; ++i) EXPECT_EQ(texts[i], expected(i));
-    EXPECT_EQ(Configuration::Poison::IsForbidden(texts[0] + n + 1),
-              Configuration::Poison::kGapBytes > 0);
+    EXPECT_EQ(Poison::IsForbidden(texts[0] + n + 1), Poison::kGapBytes > 0);
     pool.Give(texts[0]);
     for (std::size_t i = 0; i <= n; ++i) {
-      EXPECT_EQ(Configuration::Poison::IsForbidden(texts[0] + i),
-                Configuration::Poison::kGapBytes > 0);
+      EXPECT_EQ(Poison::IsForbidden(texts[0] + i), Poison::kGapBytes > 0);
     }
   }
 }
@@ -150,6 +155,7 @@ TYPED_TEST(FileLife, CoalescedSavesNeedMemoryEverMoreRarely) {
   TypeParam files[] = {{this->tokens, nullptr}, {this->tokens, nullptr}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.imageBytes);
+    files[row.file].ClearAll();
     files[row.file].AttachToBuffer(std::string(row.imageBytes, '\n').c_str(), "file");
     const long before = FailingNew::AllBlocks();
     files[row.file].Save(true, nullptr);
@@ -199,17 +205,14 @@ TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
 
 // --- Messages ---
 
-std::string Failure(const char* action, const std::string& path, int reason) {
-  return std::string("Error ") + action + " file \"" + path + "\" : " + std::strerror(reason);
-}
-
 // Each allocation fails once, and then nothing is left: no block, no open file.
 TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
   const std::string far(300, 'f');  // refused by the system; the message comes whole
   const struct {
     std::string path;
     bool create, reads;
-    std::string target, said;
+    const char* target;
+    std::string said;
   } rows[] = {
       {"conf/sub/cfg", true, false, "out", "Path conf/sub does not exist."},
       {far + "/c", false, false, "out", "Path " + far + " does not exist."},
@@ -221,7 +224,6 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
       {"file", false, false, "out", "true"},
       {"file", false, true, "no/c", Failure("saving", "no/c", ENOENT)},
       {"file", false, false, "dir", Failure("saving", "dir", TestSystem::kDirectoryError)},
-      {"file", false, false, "", Failure("saving", "", ENOENT)},  // an empty path is a path
   };
   fs::create_directory("dir");
   TestFiles::Write("file", "n=1\n{\nk=v\n}\n" + std::string(300, 'x'));
@@ -231,8 +233,8 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
     SCOPED_TRACE(row.said);
     const auto live = [&] {
       TypeParam file(this->tokens, row.path.c_str(), row.create, row.reads);
-      file.AttachToBuffer(file.Image().c_str(), row.target.c_str());
-      const bool saved = file.Save(false, nullptr) && file.Save(true, nullptr);
+      file.AttachToBuffer(file.Image().c_str(), row.path.c_str());
+      const bool saved = file.Save(false, row.target) && file.Save(true, row.target);
       file.Reload();
       return saved;
     };
