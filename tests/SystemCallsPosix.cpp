@@ -51,57 +51,48 @@ SystemCalls::~SystemCalls() { noted = nullptr; }
 extern "C" {
 
 int stat(const char* path, struct stat* status) noexcept {
-  static const auto real = Real(&stat, "stat64");
-  return IsRefused("stat", 0) ? -1 : real(path, status);
+  return IsRefused("stat", 0) ? -1 : Real(&stat, "stat64")(path, status);
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {
-  static const auto real = Real(&fstat, "fstat64");
-  return IsRefused("fstat", 0) ? -1 : real(descriptor, status);
+  return IsRefused("fstat", 0) ? -1 : Real(&fstat, "fstat64")(descriptor, status);
 }
 
 int open(const char* path, int flags, ...) {
-  static const auto real = Real(&open, "open64");
   std::va_list rest;
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
   va_end(rest);
-  return IsRefused("open", flags) ? -1 : real(path, flags, mode);
+  return IsRefused("open", flags) ? -1 : Real(&open, "open64")(path, flags, mode);
 }
 
 int flock(int descriptor, int operation) noexcept {
-  static const auto real = Real(&flock, "flock");
-  return IsRefused("flock", operation) ? -1 : real(descriptor, operation);
+  return IsRefused("flock", operation) ? -1 : Real(&flock, "flock")(descriptor, operation);
 }
 
 int fcntl(int descriptor, int command, ...) {
-  static const auto real = Real(&fcntl, "fcntl64");
   std::va_list rest;
   va_start(rest, command);
   void* const argument = va_arg(rest, void*);  // an int is passed alike
   va_end(rest);
-  return IsRefused("fcntl", 0) ? -1 : real(descriptor, command, argument);
+  return IsRefused("fcntl", 0) ? -1 : Real(&fcntl, "fcntl64")(descriptor, command, argument);
 }
 
 ssize_t read(int descriptor, void* buffer, size_t bytes) {
-  static const auto real = Real(&read, "read");
-  return IsRefused("read", 0, &bytes) ? -1 : real(descriptor, buffer, bytes);
+  return IsRefused("read", 0, &bytes) ? -1 : Real(&read, "read")(descriptor, buffer, bytes);
 }
 
 ssize_t write(int descriptor, const void* buffer, size_t bytes) {
-  static const auto real = Real(&write, "write");
-  return IsRefused("write", 0, &bytes) ? -1 : real(descriptor, buffer, bytes);
+  return IsRefused("write", 0, &bytes) ? -1 : Real(&write, "write")(descriptor, buffer, bytes);
 }
 
 int close(int descriptor) {
-  static const auto real = Real(&close, "close");
-  const int result = real(descriptor);
+  const int result = Real(&close, "close")(descriptor);
   return IsRefused("close", 0) ? -1 : result;
 }
 
 int nanosleep(const timespec* duration, timespec* left) {
-  static const auto real = Real(&nanosleep, "nanosleep");
-  if (noted == nullptr) return real(duration, left);
+  if (noted == nullptr) return Real(&nanosleep, "nanosleep")(duration, left);
   return IsRefused("nanosleep", duration->tv_sec * 1000 + duration->tv_nsec / 1000000) ? -1 : 0;
 }
 
