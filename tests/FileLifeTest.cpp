@@ -122,12 +122,13 @@ TEST(TextPool, TextsLieSideBySideAndKeepToTheirOwnBytes) {
   for (std::size_t n = kShortest; n <= kLongestUsual; ++n) {
     SCOPED_TRACE(n);
     Configuration::TextPool pool;
+    const std::size_t sizes = n % 2 == 0 ? 1 : 20;
     char* texts[100];
     const auto expected = [&](std::size_t i) {
-      return std::string(n + i % 20, static_cast<char>('a' + i % 26));
+      return std::string(n + i % sizes, static_cast<char>('a' + i % 26));
     };
     const auto take = [&](std::size_t i) {
-      texts[i] = std::strcpy(pool.Take(n + i % 20), expected(i).c_str());
+      texts[i] = std::strcpy(pool.Take(n + i % sizes), expected(i).c_str());
     };
     for (std::size_t i = 0; i < 100; ++i) take(i);
     if (n < 200) {
@@ -141,6 +142,10 @@ TEST(TextPool, TextsLieSideBySideAndKeepToTheirOwnBytes) {
     for (std::size_t i = 0; i <= n; ++i) {
       EXPECT_EQ(Poison::IsForbidden(texts[0] + i), Poison::kGapBytes > 0);
     }
+    pool.Reset();
+    const long before = FailingNew::AllBlocks();
+    pool.Take(n);
+    EXPECT_GT(FailingNew::AllBlocks(), before) << "used what is released";
   }
 }
 
