@@ -17,12 +17,14 @@ namespace LexerReference {
 
 using Lines = std::vector<std::string>;
 
-/// A caller's own source: hands out any lines, and no more after the last. Throws before each.
+/// A caller's own source: hands out any lines, and no more after the last. Throws before each. An
+/// empty line is the end: no other may be asked for.
 struct ListSource : StreamIterator {
   explicit ListSource(Lines given) : lines(std::move(given)) {}
   bool HasMoreLines() override { return next < lines.size(); }
   std::string GetLine() override {
     if (throws = !throws; throws) throw std::runtime_error("a line");
+    if (next > 0 && lines[next - 1].empty()) throw std::logic_error("asked after an empty line");
     return lines.at(next++);
   }
 
