@@ -98,6 +98,30 @@ TYPED_TEST(FileLife, KeepsEveryByteBeyondTheBuffers) {
   }
 }
 
+// Lines of each length beside each other; each grows past its room, and every second is deleted and
+// added again, so that blocks of each size are taken and used anew.
+TYPED_TEST(FileLife, EachLineKeepsToItsOwnBytes) {
+  const auto line = [](std::size_t key, std::size_t more) {
+    return std::to_string(key) + "=" + std::string(key + more, static_cast<char>('a' + more % 26)) +
+           "\n";
+  };
+  const auto set = [](TypeParam& file, const std::string& text) {
+    const std::size_t is = text.find('=');
+    file.SetEntry(text.substr(0, is).c_str(), text.substr(is + 1, text.size() - is - 2).c_str());
+  };
+  TypeParam file(kPresetTokens, nullptr);
+  std::string even, odd;
+  for (const std::size_t more : {0u, 34u, 67u}) {  // a new line has room for 33 bytes, then for 32
+    for (std::size_t n = 1; n <= 300; ++n) set(file, line(n, more));
+  }
+  for (std::size_t n = 1; n <= 300; ++n) {
+    (n % 2 == 0 ? even : odd) += line(n, n % 2 == 0 ? 67 : 66);
+    if (n % 2 == 1) file.DeleteEntry(std::to_string(n).c_str());
+  }
+  for (std::size_t n = 1; n <= 300; n += 2) set(file, line(n, 66));
+  EXPECT_EQ(Quoted(file.Image()), Quoted(even + odd));
+}
+
 // Where the system has one, line ends are folded and unfolded, and 0x1A ends the file.
 TYPED_TEST(FileLife, IsReadAndWrittenInTextMode) {
   const std::string bytes = "a=1\r\nb\n\r\r\n\x1A=2";
