@@ -56,10 +56,10 @@ class FileWalk {
 
   /// Throws `std::logic_error` with a report at the first difference.
   void Run() {
-    TestFiles::Write(path, Content());
-    file.AttachToBuffer("", path.c_str());
-    model.Attach("");
-    StartReport("", true);
+    TestFiles::Write(TestFiles::Path("file"), Content());
+    file.AttachToBuffer("", "file");
+    model.Load("");
+    StartReport("");
     for (ReadAgain(); !file.IsTornDown() && choices.More();) {
       Step();
       if (choices.OneIn(30)) SaveAndReadAgain();
@@ -101,63 +101,54 @@ class FileWalk {
         "", "1", " 2", "3", string(40, 'v'), string(1021, 'v'), string(1022, 'v')};
     const FileCall<File>& call = choices.OneOf(calls);
     const bool isOdd = choices.OneIn(2);
-    CallArguments with = {isOdd ? choices.Text(3, keyParts, "xx") : choices.OneOf(keys),
-                          isOdd ? choices.Text(6, valueParts) : choices.OneOf(values)};
+    Scenarios::Arguments with = {isOdd ? choices.Text(3, keyParts, "xx") : choices.OneOf(keys),
+                                 isOdd ? choices.Text(6, valueParts) : choices.OneOf(values)};
     report += call.Statement(with) + "; ";
     string result;
     const auto check = [&](bool failed) {
       const char* const what = "image after a failed allocation";
       if (failed) Require(what, Quoted(model.Image()), Quoted(file.Image()));
     };
-    FailingNew::ForEachAllocation([&] { result = call.onFile(file, with); }, check);
+    FailingNew::ForEachAllocation([&] { result = call.run(file, with); }, check);
     Require("result", call.onModel(model, with), result);
     Require("object", model.Dump(), file.Dump());
   }
 
   void SaveAndReadAgain() {
     const bool coalesced = choices.OneIn(2);
-    std::filesystem::remove(path);  // or the save would wait for the disk
+    std::filesystem::remove("file");  // or the save would wait for the disk
     report += coalesced ? "Save(true, nullptr); " : "Save(false, nullptr); ";
-    Require("result", "true", Outcome([&] { return file.Save(coalesced, nullptr); }));
-    Require("saved file", Quoted(model.Image()), Quoted(TestFiles::Read(path)));
+    Require("result", "true", file.Save(coalesced, nullptr) ? "true" : "false");
+    Require("saved file", Quoted(model.Image()), Quoted(TestFiles::Read("file")));
     ReadAgain();
   }
 
-  /// Reads the file anew, or takes its bytes as a text; a failed allocation changes nothing.
+  /// Reads the file anew; a failed allocation changes nothing.
   void ReadAgain() {
-    const string image = TestFiles::Read(path);
-    const bool attaches = choices.OneIn(3);
-    const auto readFile = [&] {
-      if (attaches) return file.AttachToBuffer(image.c_str(), otherPath.c_str());
-      file.Reload();
-      return true;
+    const string image = TestFiles::Read("file");
+    const auto reload = [&] {
+      if (!file.IsTornDown()) file.Reload();
+      return "";
     };
-    string result;
-    FailingNew::ForEachAllocation(
-        [&] {
-          if (!file.IsTornDown()) result = Outcome(readFile);
-        },
-        [&](bool failed) {
-          if (!failed || file.IsTornDown()) return;
-          report += "(a read that fails); ";
-          Require("object after a failed allocation", model.Dump(), file.Dump());
-          Step();
-        });
-    StartReport(image, attaches);
-    if (attaches) std::swap(path, otherPath);
-    const bool expected = attaches ? model.Attach(image.c_str()) : model.Load(image);
-    if (model.isCorrupted) return Require("object", "torn down\n", file.Dump());
-    Require("result", expected ? "true" : "false", result);
-    Require("object", model.Dump(), file.Dump());
+    const auto check = [&](bool failed) {
+      if (!failed || file.IsTornDown()) return;
+      report += "(a read that fails); ";
+      Require("object after a failed allocation", model.Dump(), file.Dump());
+      Step();
+    };
+    FailingNew::ForEachAllocation([&] { Outcome(reload); }, check);
+    StartReport(image);
+    const bool isWhole = model.Load(image);
+    Require("object", isWhole ? model.Dump() : "torn down\n", file.Dump());
   }
 
-  void StartReport(const string& image, bool isAttached) {
+  void StartReport(const string& image) {
     report = "tokens";
     for (const char* token : {tokens.keyword, tokens.start, tokens.stop, tokens.separator,
                               tokens.comment, tokens.prefix}) {
       report += " " + Quoted(token);
     }
-    report += "\n" + Quoted(image) + (isAttached ? " attached | " : " | ");
+    report += "\n" + Quoted(image) + " | ";
   }
   void Require(const char* what, const string& expected, const string& actual) {
     if (expected == actual) return;
@@ -169,7 +160,6 @@ class FileWalk {
   Choices choices;
   File file{tokens, nullptr};
   FileModel model{tokens};
-  string path = TestFiles::Path("file"), otherPath = TestFiles::Path("other");
   string report;
 };
 

@@ -5,7 +5,7 @@
 set -euo pipefail
 build=$(realpath "$1")
 cd "$(dirname "${BASH_SOURCE[0]}")"
-for corpus in corpus/*; do
+for corpus in "$PWD"/corpus/*; do # the programs work in a directory of their own
   name=fuzz_${corpus##*/}
   scratch=$(mktemp -d)
   printf '== %s, %s s\n' "$name" "$2"

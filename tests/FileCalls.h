@@ -6,45 +6,33 @@
 #include <string>
 #include <vector>
 
+#include "Calls.h"
 #include "FileFixtures.h"
 #include "FileModel.h"
 
-/// What calls are made with; both buffers begin as `~` and have a few bytes more than is told.
-struct CallArguments {
-  std::string key = "", value = "";
-  std::size_t size = 64, otherSize = 64;
-  std::string buffer = std::string(size + 4, '~'), other = std::string(otherSize + 4, '~');
-};
+using Scenarios::ResultText;
 
-/// One call of a file object, and what its model does.
+/// One call of a file object, and what its model does: null where there is none.
 template <class File>
-struct FileCall {
-  std::string text;  // as it is written, with the names of what it is made with
-  std::string (*onFile)(File&, CallArguments&);
-  std::string (*onModel)(FileModel&, CallArguments&);  // null where there is none
+struct FileCall : Scenarios::Call<File> {
+  std::string (*onModel)(FileModel& on, Scenarios::Arguments& with);
 
-  std::string Statement(const CallArguments& with) const {
-    std::string statement = text;
-    const std::size_t key = text.find("key"), value = text.find("value");
-    if (value != text.npos) statement.replace(value, 5, Quoted(with.value));
-    if (key != text.npos) statement.replace(key, 3, Quoted(with.key));
+  /// As it is written.
+  std::string Statement(const Scenarios::Arguments& with) const {
+    std::string statement = this->text;
+    const std::size_t key = statement.find("key"), value = statement.find("value");
+    if (value != statement.npos) statement.replace(value, 5, Quoted(with.value));
+    if (key != statement.npos) statement.replace(key, 3, Quoted(with.key));
     return statement;
   }
 };
 template <class File>
 using FileCallTable = std::vector<FileCall<File>>;
 
-#define ZELCONFUTILS_WITH(Object, call)                                                           \
-  [](Object, CallArguments& with) {                                                               \
-    [[maybe_unused]] const char *const key = with.key.c_str(), *const value = with.value.c_str(); \
-    [[maybe_unused]] char *const buffer = with.buffer.data(), *const other = with.other.data();   \
-    [[maybe_unused]] const std::size_t size = with.size, otherSize = with.otherSize;              \
-    return Outcome([&] { return call; });                                                         \
-  }
 #define CALL(call, step) \
-  { #call, ZELCONFUTILS_WITH(File& file, file.call), ZELCONFUTILS_WITH(FileModel& m, m.step) }
+  { SCENARIO_CALL(call), SCENARIO_FUNCTION(auto&, step) }
 #define CALL_WITHOUT_MODEL(call) \
-  { #call, ZELCONFUTILS_WITH(File& file, file.call), nullptr }
+  { SCENARIO_CALL(call), nullptr }
 
 // clang-format off
 /// Each call of the class, and with either value where it takes a bool. The inputs of the walk
@@ -53,28 +41,31 @@ template <class File>
 FileCallTable<File> AllCalls() {
   FileCallTable<File> all = {
       CALL(Restart(), Restart()),
-      CALL(GotoEntry(key), Goto(m.entries, key)),
-      CALL(GotoNextEntry(), GotoNext(m.entries)),
-      CALL(GotoPreviousEntry(), GotoPrevious(m.entries)),
-      CALL(GotoFirstEntry(), GotoFirst(m.entries)),
-      CALL(GotoLastEntry(), GotoLast(m.entries)),
+      CALL(GotoEntry(key), Goto(on.entries, key)),
+      CALL(GotoNextEntry(), GotoNext(on.entries)),
+      CALL(GotoPreviousEntry(), GotoPrevious(on.entries)),
+      CALL(GotoFirstEntry(), GotoFirst(on.entries)),
+      CALL(GotoLastEntry(), GotoLast(on.entries)),
       CALL_WITHOUT_MODEL(GetEntry(key, buffer, size)),
       CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, other, otherSize)),
       CALL_WITHOUT_MODEL(GetCurrentEntry(buffer, size, nullptr, 0)),
       CALL_WITHOUT_MODEL(GetCurrentEntry(nullptr, 0, other, otherSize)),
-      CALL(GetEntryCount(), Count(m.entries)),
-      CALL(AddEntry(key, value, false), Add(m.entries, key, value)),
+      CALL(GetEntryCount(), Count(on.entries)),
+      CALL(AddEntry(key, value, false), Add(on.entries, key, value)),
       CALL(AddEntry(key, value, true), AddAtTop(key, value)),
       CALL(InsertEntry(key, value), InsertOutside(key, value)),
-      CALL(SetEntry(key, value), Set(m.entries, key, value)),
-      CALL(RenameEntry(key), Rename(m.entries, key)),
-      CALL(DeleteEntry(key), Delete(m.entries, key)),
-      CALL(DeleteCurrentEntry(), DeleteCurrent(m.Settled(m.entries))),
+      CALL(SetEntry(key, value), Set(on.entries, key, value)),
+      CALL(RenameEntry(key), Rename(on.entries, key)),
+      CALL(DeleteEntry(key), Delete(on.entries, key)),
+      CALL(DeleteCurrentEntry(), DeleteCurrent(on.Settled(on.entries))),
       CALL(ClearAll(), Clear()),
+      CALL_WITHOUT_MODEL(Save(false, key)),
+      CALL_WITHOUT_MODEL(Save(true, key)),
       CALL_WITHOUT_MODEL(Save(false, nullptr)),
       CALL_WITHOUT_MODEL(Save(true, nullptr)),
       CALL_WITHOUT_MODEL(SaveToBuffer(buffer, size)),
       CALL_WITHOUT_MODEL(Reload()),
+      CALL_WITHOUT_MODEL(AttachToBuffer(value, key)),
       CALL_WITHOUT_MODEL(AttachToBuffer(value, nullptr)),
   };
   if constexpr (!File::kHasSections) {
@@ -82,13 +73,13 @@ FileCallTable<File> AllCalls() {
         CALL(SetCurrentEntry(value), SetCurrentOutside(value)));
   } else {
     all.insert(all.end(), {
-        CALL(GotoSection(key), Goto(m.sections, key)),
-        CALL(GotoNextSection(), GotoNext(m.sections)),
-        CALL(GotoPreviousSection(), GotoPrevious(m.sections)),
-        CALL(GotoFirstSection(), GotoFirst(m.sections)),
-        CALL(GotoLastSection(), GotoLast(m.sections)),
+        CALL(GotoSection(key), Goto(on.sections, key)),
+        CALL(GotoNextSection(), GotoNext(on.sections)),
+        CALL(GotoPreviousSection(), GotoPrevious(on.sections)),
+        CALL(GotoFirstSection(), GotoFirst(on.sections)),
+        CALL(GotoLastSection(), GotoLast(on.sections)),
         CALL_WITHOUT_MODEL(GetSectionName(buffer, size)),
-        CALL(GetSectionCount(), Count(m.sections)),
+        CALL(GetSectionCount(), Count(on.sections)),
         CALL(SetSectionName(key), RenameSection(key)),
         CALL(AddSection(key, false), AddSection(key, false)),
         CALL(AddSection(key, true), AddSection(key, true)),
@@ -97,25 +88,25 @@ FileCallTable<File> AllCalls() {
         CALL(InsertSection(key), InsertSection(key)),
         CALL(DeleteSection(key), DeleteSection(key)),
         CALL(DeleteSection(), DeleteSection()),
-        CALL(RestartSection(), Unset(m.InSection())),
-        CALL(GotoSecEntry(key), Goto(m.InSettledSection(), key)),
-        CALL(GotoSecNextEntry(), GotoNext(m.InSettledSection())),
-        CALL(GotoSecPrevEntry(), GotoPrevious(m.InSettledSection())),
-        CALL(GotoSecFirstEntry(), GotoFirst(m.InSettledSection())),
-        CALL(GotoSecLastEntry(), GotoLast(m.InSettledSection())),
+        CALL(RestartSection(), Unset(on.InSection())),
+        CALL(GotoSecEntry(key), Goto(on.InSettledSection(), key)),
+        CALL(GotoSecNextEntry(), GotoNext(on.InSettledSection())),
+        CALL(GotoSecPrevEntry(), GotoPrevious(on.InSettledSection())),
+        CALL(GotoSecFirstEntry(), GotoFirst(on.InSettledSection())),
+        CALL(GotoSecLastEntry(), GotoLast(on.InSettledSection())),
         CALL_WITHOUT_MODEL(GetSectionEntry(key, buffer, size)),
         CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, other, otherSize)),
         CALL_WITHOUT_MODEL(GetSecCurrentEntry(buffer, size, nullptr, 0)),
         CALL_WITHOUT_MODEL(GetSecCurrentEntry(nullptr, 0, other, otherSize)),
-        CALL(GetSecEntryCount(), Count(m.InSettledSection())),
-        CALL(AddSectionEntry(key, value), Add(m.InSettledSection(), key, value)),
-        CALL(InsertSectionEntry(key, value, false), InsertIn(m.InSettledSection(), key, value)),
-        CALL(InsertSectionEntry(key, value, true), Replace(m.InSettledSection(), key, value)),
-        CALL(SetSectionEntry(key, value), Set(m.InSettledSection(), key, value)),
-        CALL(SetSecCurrentEntry(value), SetCurrent(m.Cleared(m.InSection()), value)),
-        CALL(RenameSectionEntry(key), Rename(m.Cleared(m.InSettledSection()), key)),
-        CALL(DeleteSectionEntry(key), Delete(m.InSettledSection(), key)),
-        CALL(DeleteSectionEntry(), DeleteCurrent(m.Cleared(m.InSection()))),
+        CALL(GetSecEntryCount(), Count(on.InSettledSection())),
+        CALL(AddSectionEntry(key, value), Add(on.InSettledSection(), key, value)),
+        CALL(InsertSectionEntry(key, value, false), InsertIn(on.InSettledSection(), key, value)),
+        CALL(InsertSectionEntry(key, value, true), Replace(on.InSettledSection(), key, value)),
+        CALL(SetSectionEntry(key, value), Set(on.InSettledSection(), key, value)),
+        CALL(SetSecCurrentEntry(value), SetCurrent(on.Cleared(on.InSection()), value)),
+        CALL(RenameSectionEntry(key), Rename(on.Cleared(on.InSettledSection()), key)),
+        CALL(DeleteSectionEntry(key), Delete(on.InSettledSection(), key)),
+        CALL(DeleteSectionEntry(), DeleteCurrent(on.Cleared(on.InSection()))),
     });
   }
   return all;
@@ -124,6 +115,5 @@ FileCallTable<File> AllCalls() {
 
 #undef CALL
 #undef CALL_WITHOUT_MODEL
-#undef ZELCONFUTILS_WITH
 
 #endif

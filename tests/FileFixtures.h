@@ -7,7 +7,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "ConfigException.h"
+#include "Calls.h"
 #include "ConfigFile.h"
 #include "MultiSectionFile.h"
 #include "Quoted.h"
@@ -19,25 +19,6 @@ struct FileTokens {
 };
 inline constexpr FileTokens kFlatTokens = {"", "", "", "=", "#", ""};
 inline constexpr FileTokens kPresetTokens = {"section", "{\n", "}\n", "=", "#", ""};
-
-/// What a call says, or the message of what it throws.
-template <class Call>
-std::string Outcome(Call call) {
-  try {
-    using Result = decltype(call());
-    if constexpr (std::is_same_v<Result, bool>) {
-      return call() ? "true" : "false";
-    } else if constexpr (std::is_same_v<Result, std::size_t>) {
-      return std::to_string(call());
-    } else if constexpr (std::is_void_v<Result>) {
-      return call(), "";
-    } else {
-      return call();
-    }
-  } catch (const ConfigException& failure) {
-    return failure.what();
-  }
-}
 
 /// `a[1] >b[2]`: the cursor is at b. `(unset) a[1] b[2]` and `a[1] b[2] (end)` are its other
 /// states.
@@ -71,8 +52,6 @@ template <class Base>
 class FileFixture : public Base {
  public:
   static constexpr bool kHasSections = std::is_base_of_v<Configuration::MultiSectionFile, Base>;
-  using Base::Load;
-  using Base::Read;
 
   /// A real file with that content.
   explicit FileFixture(std::string_view content,
@@ -139,7 +118,7 @@ inline std::string Reading(const std::string& path, bool readOnly) {
 inline std::string Saving(const std::string& path, bool coalesced, const char* text) {
   FlatFile file(kFlatTokens, nullptr);
   file.AttachToBuffer(text, path.c_str());
-  return Outcome([&] { return file.Save(coalesced, nullptr); });
+  return Outcome([&] { return file.Save(coalesced, nullptr) ? "true" : "false"; });
 }
 
 #endif

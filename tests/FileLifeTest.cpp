@@ -24,50 +24,20 @@ namespace {
 namespace fs = std::filesystem;
 namespace Poison = Configuration::Poison;
 
-// Relative paths of a test start in a directory of its own. Most tests run for both file classes.
+// Most tests run for both file classes.
 template <class F>
 struct FileLife : testing::Test {
-  const fs::path former = fs::current_path(), directory = TestFiles::Path("test");
+  FileLife() { TestFiles::Clear(); }
   const FileTokens tokens = {"section", "{\n", "}\n", "=", "#", "\t"};
-  FileLife() {
-    fs::create_directory(directory);
-    fs::current_path(directory);
-  }
-  ~FileLife() override {
-    fs::current_path(former);
-    fs::remove_all(directory);
-  }
 };
 using Files = testing::Types<FlatFile, SectionFile>;
 TYPED_TEST_SUITE(FileLife, Files);
-struct FlatFileLife : FileLife<FlatFile> {};
 
 std::string Failure(const char* action, const std::string& path, int reason) {
   return std::string("Error ") + action + " file \"" + path + "\" : " + std::strerror(reason);
 }
 
 // --- Making, filling and clearing ---
-
-TYPED_TEST(FileLife, WithoutASourceCursorsAreUnsetAndEditsWork) {
-  TypeParam file(this->tokens, nullptr, true);
-  EXPECT_EQ(file.Entries(), "(unset)");
-  EXPECT_TRUE(file.AddEntry("a", "1", false) && file.GotoNextEntry());
-  EXPECT_EQ(file.Image() + file.Entries(), "\ta=1\n>a[1]");
-}
-
-TYPED_TEST(FileLife, SaveWritesItsTargetOrThePathThatAttachToBufferDecided) {
-  TestFiles::Write("file", "a=1\n");
-  TypeParam file(this->tokens, "file");
-  EXPECT_TRUE(file.AttachToBuffer("b=2\n", "path") && file.Save(true, "target"));
-  EXPECT_FALSE(fs::exists("path"));
-  EXPECT_TRUE(file.Save(false, ""));  // as null; no target becomes the path
-  EXPECT_EQ(TestFiles::Read("file") + TestFiles::Read("path") + TestFiles::Read("target"),
-            "a=1\nb=2\nb=2\n");
-  EXPECT_TRUE(file.AttachToBuffer("c=3\n", nullptr));
-  EXPECT_FALSE(file.Save(false, "other") || file.Save(true, nullptr) || fs::exists("other"));
-  EXPECT_TRUE(file.AttachToBuffer("c=3\n", ""));  // an empty path is a path
-  EXPECT_EQ(Outcome([&] { return file.Save(false, nullptr); }), Failure("saving", "", ENOENT));
-}
 
 TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
   TypeParam file(this->tokens, "a=1\n{\n}\n", true, false, true), other(this->tokens, nullptr);
@@ -79,24 +49,6 @@ TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
 }
 
 // --- Bytes ---
-
-TYPED_TEST(FileLife, KeepsEveryByteBeyondTheBuffers) {
-  std::string image;
-  while (image.size() < 300000) image += "ab=1\n";  // more lines than the largest slab holds
-  for (std::size_t n = 1; n < 400; ++n) {
-    image += std::string(n, static_cast<char>('a' + n % 26)) + "\n";
-  }
-  image += std::string(70000, 'x') + std::string(3000, '\0') + "end";
-  TestFiles::Write("file", image);
-  TypeParam file(this->tokens, "file", false, true);
-  EXPECT_EQ(Quoted(file.Image()), Quoted(image));
-  file.SetEntry("k", "");
-  file.SetEntry("k", std::string(40000, 'v').c_str());  // a line larger than the writer's block
-  for (const bool coalesced : {true, false}) {
-    EXPECT_TRUE(file.Save(coalesced, "out"));
-    EXPECT_EQ(Quoted(TestFiles::Read("out")), Quoted(file.Image()));
-  }
-}
 
 // Lines of each length beside each other; each grows past its room, and every second is deleted and
 // added again, so that blocks of each size are taken and used anew.
@@ -214,22 +166,21 @@ TYPED_TEST(FileLife, EditsThatTakeEachOtherBackNeedNoMoreMemoryAndClearAllGivesI
   }
 }
 
-TYPED_TEST(FileLife, ReadAndLoadDoAllOrNothing) {
-  std::string text(70000, 'x');  // the first block tells of fewer lines than come
-  while (text.size() < 75000) text += "a=1\nb=2\nc=3\nd=4\ne=5\nf=6\ng=7\n{\nh=8\n}\n";
-  TestFiles::Write("file", text);
-  TypeParam file(this->tokens, "file");
-  const std::string loaded = file.Dump();
-  file.ClearAll();
-  const int reads = FailingNew::ForEachAllocation(
-      [&] { file.Read(); },
-      [&](bool failed) { EXPECT_EQ(Quoted(file.Image()), Quoted(failed ? "" : text)); });
-  const std::string unloaded = file.Dump();
-  const int loads = FailingNew::ForEachAllocation(
-      [&] { file.Load(); },
-      [&](bool failed) { EXPECT_EQ(file.Dump(), failed ? unloaded : loaded); });
-  EXPECT_GT(reads, 2);
-  EXPECT_GT(loads, 1);  // more entries than a file of that many lines is expected to have
+TYPED_TEST(FileLife, ReloadAndAttachToBufferDoAllOrNothing) {
+  std::string lines;  // more entries than a file of that many lines is expected to have
+  while (lines.size() < 5000) lines += "a=1\nb=2\nc=3\nd=4\ne=5\nf=6\ng=7\n{\nh=8\n}\n";
+  const std::string longer = std::string(70000, 'x') + lines;  // than its first block tells
+  for (const std::string& text : {lines, longer}) {
+    TestFiles::Write("file", text);
+    TypeParam file(this->tokens, "file");
+    const std::string loaded = file.Dump();
+    file.AttachToBuffer("k=v\n", "file");
+    const std::string before = file.Dump();
+    const int failed = FailingNew::ForEachAllocation(
+        [&] { text == lines ? (void)file.AttachToBuffer(lines.c_str(), "file") : file.Reload(); },
+        [&](bool fails) { EXPECT_EQ(file.Dump(), fails ? before : loaded); });
+    EXPECT_GT(failed, 3);
+  }
 }
 
 // --- Messages ---
@@ -244,7 +195,17 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
     std::string said;
   } rows[] = {
       {"conf/sub/cfg", true, false, "out", "Path conf/sub does not exist."},
+      {"q/c", false, false, "out", "Path q does not exist."},
+      {"file/c", false, true, "out", "Path file does not exist."},
+      {"Q:/sub\\c", false, false, "out", "Path Q:/sub does not exist."},
       {far + "/c", false, false, "out", "Path " + far + " does not exist."},
+      {"C:\\none", false, false, "out",
+       TestSystem::kHasDrives ? Failure("opening", "C:\\none", ENOENT)
+                              : "Path C:\\ does not exist."},
+      {"dir\\none", false, false, "out", Failure("opening", "dir\\none", ENOENT)},
+      {"dir//none", false, false, "out", Failure("opening", "dir//none", ENOENT)},
+      {"/none", false, false, "out", Failure("opening", "/none", ENOENT)},
+      {"", false, false, "out", Failure("opening", "", ENOENT)},
       {"none", false, false, "out", Failure("opening", "none", ENOENT)},
       {"none", true, true, "out", Failure("opening", "none", ENOENT)},
       {far, true, false, "out", Failure("opening", far, TestSystem::kLongNameError)},
@@ -265,7 +226,7 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
       file.AttachToBuffer(file.Image().c_str(), row.path.c_str());
       const bool saved = file.Save(false, row.target) && file.Save(true, row.target);
       file.Reload();
-      return saved;
+      return saved ? "true" : "false";
     };
     char said[1000] = "";  // on the heap it would be a block
     long blocks = 0;
@@ -285,57 +246,16 @@ TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
   EXPECT_TRUE(aSaveMissedItsBuffer && !fs::exists("none") && fs::exists("made"));
 }
 
-TYPED_TEST(FileLife, WhatFailsToSaveOrToReloadIsTornDown) {
-  for (const bool saves : {true, false}) {
-    TypeParam file(this->tokens, nullptr);
-    file.AttachToBuffer("", "no/c");
-    EXPECT_EQ(Outcome([&] { saves ? (void)file.Save(true, nullptr) : file.Reload(); }),
-              Failure(saves ? "saving" : "opening", "no/c", ENOENT));
-    EXPECT_TRUE(file.IsTornDown());
-  }
-}
-
-TEST(SectionFile, NeedsTokensOfTwoBytesAndEverySectionsEnd) {
-  const auto made = [](const FileTokens& tokens) {
-    return Outcome([&] { return SectionFile(tokens, nullptr).Image(); });
-  };
-  const std::string isShort = "Length of section's start & stop tokens must be at least 2!";
-  EXPECT_EQ(made({"", "{", "}\n", "=", "#", ""}), isShort);
-  EXPECT_EQ(made({"", "{\n", "\n", "=", "#", ""}), isShort);
-  SectionFile file("");
-  EXPECT_EQ(Outcome([&] { return file.AttachToBuffer("{\n", nullptr); }),
-            "File \"\" is corrupted!");
-  EXPECT_TRUE(file.IsTornDown());
-}
-
-TEST_F(FlatFileLife, ThePathCheckAsksForTheDirectoryThatThePathNames) {
+TYPED_TEST(FileLife, ThePathCheckMakesDirectories) {
   const std::string absolute = fs::current_path().generic_string() + "/d/e";
-  const struct {
-    std::string path;
-    bool create, exists;
-    std::string text;
-  } rows[] = {
-      {"cfg.txt", false, true, "cfg.txt"},
-      {"", false, true, ""},
-      {"/cfg.txt", true, true, "/cfg.txt"},
-      {"q/c", false, false, "q"},
-      {"here\\", false, true, "here"},
-      {"conf/sub/cfg.txt", false, false, "conf/sub"},
-      {"here//cfg.txt", false, true, "here/"},
-      {"C:\\cfg.txt", false, TestSystem::kHasDrives, "C:\\"},
-      {"Q:/sub\\cfg.txt", false, false, "Q:/sub"},
-      {"a\\b/c/file", true, true, "a/b/c"},
-      {absolute + "/file", true, true, absolute},
-      {"file/cfg", true, false, "file"},
-  };
-  fs::create_directory("here");
   TestFiles::Write("file", "");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.path);
-    const Configuration::PathCheck check(row.path.c_str(), row.create);
-    EXPECT_EQ(check.Exists(), row.exists);
-    EXPECT_EQ(check.Text(), row.text);
-  }
+  const auto made = [](const std::string& path) {
+    const Configuration::PathCheck check(path.c_str(), true);
+    return (check.Exists() ? "" : "no ") + std::string(check.Text());
+  };
+  EXPECT_EQ(made("a\\b/c/file"), "a/b/c");
+  EXPECT_EQ(made(absolute + "/file"), absolute);
+  EXPECT_EQ(made("file/cfg"), "no file");
   EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_directory("d/e"));
 }
 

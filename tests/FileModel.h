@@ -195,9 +195,9 @@ class FileModel {
     sections.Clear();
     entries.Clear();
     lines.clear();
-    isCorrupted = mark = false;
+    mark = false;
   }
-  /// Takes the bytes of a file: true, also when it `isCorrupted` as they end inside a section.
+  /// Takes the bytes of a file: false when they end inside a section.
   bool Load(Text image) {
     Clear();
     for (size_t at = 0; at < image.size(); at += lines.back().head.size()) {
@@ -219,21 +219,8 @@ class FileModel {
     }
     entries.at = entries.begin();
     sections.at = sections.begin();
-    isCorrupted = open != nullptr;
-    return true;
+    return open == nullptr;
   }
-  /// Takes a text up to its last line feed; false at a line that is too long.
-  bool Attach(Text text) {
-    size_t at = 0, end;
-    while ((end = text.find('\n', at)) != string::npos && end - at < 1023) at = end + 1;
-    Load(text.substr(0, at));
-    if (end == string::npos) return true;
-    entries.Clear();
-    sections.Clear();
-    return isCorrupted = false;
-  }
-  bool isCorrupted = false;
-
   string Image() const {
     string image;
     for (const Line& line : lines) image += line.All();

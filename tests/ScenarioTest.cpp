@@ -14,23 +14,6 @@ namespace {
 using Scenarios::Scanner;
 
 template <class File>
-void RunCalls(Scanner& line, File& file) {
-  static const FileCallTable<File> calls = AllCalls<File>();
-  do {
-    Scenarios::Literals literals = {{"size", "64"}, {"otherSize", "64"}};
-    const FileCall<File>& call = line.TakeCall(calls, literals);
-    CallArguments with = {literals["key"], literals["value"], std::stoul(literals["size"]),
-                          std::stoul(literals["otherSize"])};
-    const std::string result = call.onFile(file, with);
-    if (!line.Take("=")) continue;  // only what comes after is told
-    Compare("result of " + call.text, line.Word(), result);
-    const std::string after = "~~~~";
-    if (line.HasText()) Compare("buffer", Quoted(line.Text() + after), Quoted(with.buffer));
-    if (line.HasText()) Compare("other buffer", Quoted(line.Text() + after), Quoted(with.other));
-  } while (line.Take(";"));
-}
-
-template <class File>
 void Run(Scanner& line, Scanner settings) {
   FileTokens tokens = File::kHasSections ? kPresetTokens : kFlatTokens;
   const std::vector<std::string> texts = settings.Texts();
@@ -38,21 +21,27 @@ void Run(Scanner& line, Scanner settings) {
     tokens = {texts.at(0).c_str(), texts.at(1).c_str(), texts.at(2).c_str(),
               texts.at(3).c_str(), texts.at(4).c_str(), texts.at(5).c_str()};
   }
-  const std::string before = line.Text();
+  TestFiles::Clear();
+  const bool hasSource = !line.Take("none");
+  const std::string before = hasSource ? line.Text() : "";
   std::string after = before;
-  if (line.Take("| corrupted")) {
-    return Compare("message", "File \"" + TestFiles::Path("file") + "\" is corrupted!",
-                   Outcome([&] { return File(before, tokens).Image(); }));
+  const auto made = [&] { return hasSource ? File(before, tokens) : File(tokens, nullptr); };
+  if (line.Take("| throws")) {
+    return Compare("message", line.Text(), Outcome([&] { return made().Image(); }));
   }
-  File file(before, tokens);
-  if (line.Take("| ") && !line.Take("-")) RunCalls(line, file);
+  File file = made();
+  static const auto calls = AllCalls<File>();
+  if (line.Take("| ") && !line.Take("-")) RunCalls(line, file, calls);
+  if (line.Take("| torn down")) return Compare("object", "torn down\n", file.Dump());
   if (line.Take("| ") && !line.Take("same")) after = line.Text();
   Compare("image", Quoted(after), Quoted(file.Image()));
   if (line.Take("| ") && !line.Take("-")) Compare("entries", line.Column(), file.Entries());
   if (line.Take("| ")) Compare("sections", line.Column(), file.Sections());
 }
 
-const bool kFlat = Scenarios::Register("FlatFile", "flat.txt", Run<FlatFile>);
-const bool kSectioned = Scenarios::Register("SectionFile", "sectioned.txt", Run<SectionFile>);
+const bool kRules = Scenarios::Register("FlatFile", "flat.txt", Run<FlatFile>) &&
+                    Scenarios::Register("FlatFile", "files.txt", Run<FlatFile>) &&
+                    Scenarios::Register("SectionFile", "sectioned.txt", Run<SectionFile>) &&
+                    Scenarios::Register("SectionFile", "files.txt", Run<SectionFile>);
 
 }  // namespace

@@ -5,22 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
+#include "Calls.h"
 #include "Quoted.h"
 
 /// Runs the files of tests/scenarios: each `[Rule]` is a test of that name, and each line below it
 /// a scenario, which a family of classes reads and carries out.
 namespace Scenarios {
-
-/// What a call is made with, by the names that stand for it in the table of calls.
-using Literals = std::map<std::string, std::string>;
 
 /// Reads a line from left to right. Throws where it finds something else.
 class Scanner {
@@ -86,28 +82,28 @@ class Scanner {
   }
   /// The first call of the table that fits what is written there, with texts and numbers for names.
   template <class Call>
-  const Call& TakeCall(const std::vector<Call>& calls, Literals& literals) {
+  const Call& TakeCall(const std::vector<Call>& calls, Arguments& arguments) {
     for (const Call& call : calls) {
       Scanner written = *this;
-      Literals taken = literals;
+      Arguments taken;
       if (!written.TakeAs(call.text, taken)) continue;
       *this = written;
-      literals = taken;
+      arguments = taken;
       return call;
     }
     throw std::runtime_error("no such call: " + Column(";|"));
   }
 
  private:
-  bool TakeAs(std::string_view call, Literals& literals) {
+  bool TakeAs(std::string_view call, Arguments& arguments) {
     for (Scanner expected(call); !expected.AtEnd(); expected.rest.remove_prefix(1)) {
       const std::string name = expected.Word();
       expected.Take("");
       if (HasText()) {
-        literals[name] = Text();
+        arguments.Set(name, Text());
       } else if (const std::string word = Word(); word != name) {
         if (word.empty() || word.find_first_not_of("0123456789") != word.npos) return false;
-        literals[name] = word;
+        arguments.Set(name, word);
       }
       if (!Take(expected.rest.substr(0, 1))) return false;
     }
@@ -180,49 +176,21 @@ inline bool Register(const char* suite, const char* name, Runner run) {
   return rows != nullptr ? true : throw std::runtime_error("no scenarios in " + path);
 }
 
-/// A call on what a family makes of the first text of a line, with names for what it takes.
-template <class Object>
-struct Call {
-  std::string text;
-  std::string (*run)(Object& on, const char* text, int number);
-};
-
-/// What such a call is made with; for a text may stand what is made of it: `Section(text)`.
-struct Arguments {
-  explicit Arguments(const Literals& literals) {
-    for (const auto& [name, literal] : literals) {
-      if (name == "number") number = std::stoi(literal);
-      if (name != "number") text = literal;
-    }
-  }
-  std::string text;
-  int number = 0;
-};
-
-/// The entry of a table for `on.call`, made with `text` and `number`.
-#define SCENARIO_CALL(call)                                                                        \
-  {                                                                                                \
-    .text = #call, .run = [](auto& on, [[maybe_unused]] auto text, [[maybe_unused]] auto number) { \
-      if constexpr (std::is_void_v<decltype(on.call)>) {                                           \
-        on.call;                                                                                   \
-        return std::string();                                                                      \
-      } else {                                                                                     \
-        return ResultText(on, on.call);                                                            \
-      }                                                                                            \
-    }                                                                                              \
-  }
-
-std::string ResultText(auto&, bool result) { return result ? "true" : "false"; }
-std::string ResultText(auto&, const std::string& result) { return result; }
-
-/// `CALL = RESULT; CALL`, on `object`.
-template <class Object>
-void RunCalls(Scanner& line, Object& object, const std::vector<Call<Object>>& calls) {
+/// `CALL = RESULT; CALL`, on `object`. The result is the message where the call throws one, and
+/// what it left in its buffers stands after it.
+template <class Object, class Calls>
+void RunCalls(Scanner& line, Object& object, const Calls& calls) {
   do {
-    Literals literals;
-    const Call<Object>& call = line.TakeCall(calls, literals);
-    const Arguments with(literals);
-    const std::string result = call.run(object, with.text.c_str(), with.number);
+    Arguments with;
+    const auto& call = line.TakeCall(calls, with);
+    std::string result = Outcome([&] { return call.run(object, with); });
+    const auto buffer = [&](const char* names, const std::string& left, std::size_t size) {
+      if (call.text.find(names) == std::string::npos) return;
+      result += ' ' + Quoted(left.substr(0, size));
+      if (left.find_first_not_of('~', size) != left.npos) result += " (and bytes after it)";
+    };
+    buffer("buffer, size", with.buffer, with.size);
+    buffer("other, otherSize", with.other, with.otherSize);
     if (line.Take("=")) Compare("result of " + call.text, line.Column(";|"), result);
   } while (line.Take(";"));
 }

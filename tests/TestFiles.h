@@ -2,27 +2,41 @@
 #ifndef ZELCONFUTILS_TESTS_TEST_FILES_H
 #define ZELCONFUTILS_TESTS_TEST_FILES_H
 
-#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// Scratch files for tests, and texts to write into them.
 namespace TestFiles {
 
-/// The path of `name` in a directory that goes with the process.
+/// A name that stands for a scratch file: from the first call on the process works in a directory
+/// that goes with it.
 inline std::string Path(const char* name) {
-  static const struct Directory {
-    std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                 ("zelconfutils-" + std::to_string(std::random_device()()));
-    Directory() { std::filesystem::create_directory(path); }
-    ~Directory() { std::filesystem::remove_all(path); }
+  namespace fs = std::filesystem;
+  static const struct WorkDirectory {
+    const fs::path former = fs::current_path();
+    const fs::path path =
+        fs::temp_directory_path() / ("zelconfutils-" + std::to_string(std::random_device()()));
+    WorkDirectory() {
+      fs::create_directory(path);
+      fs::current_path(path);
+    }
+    ~WorkDirectory() {
+      fs::current_path(former);
+      fs::remove_all(path);
+    }
   } directory;
-  return (directory.path / name).string();
+  return name;
+}
+
+/// Removes all scratch files.
+inline void Clear() {
+  for (const auto& entry : std::filesystem::directory_iterator(Path("."))) {
+    std::filesystem::remove_all(entry);
+  }
 }
 
 /// Writes a new file: truncating one that was just written waits for the disk on some file systems.
@@ -41,16 +55,6 @@ inline std::string Written(std::string_view text) {
 inline std::string Read(const std::string& path, std::ios::openmode mode = {}) {
   std::ifstream file(path, mode);
   return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// All texts of up to `maxLength` bytes that can be made of the bytes given.
-inline std::vector<std::string> AllTexts(const std::string& bytes, std::size_t maxLength) {
-  std::vector<std::string> texts = {""};
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (texts[i].size() == maxLength) break;
-    for (const char byte : bytes) texts.push_back(texts[i] + byte);
-  }
-  return texts;
 }
 
 }  // namespace TestFiles

@@ -13,8 +13,8 @@ check() { # HEADER TEST ...
   done < <(awk '/^ (public|protected|private):/ { public = $1 == "public:" }
                 public && /^  (bool|size_t|void) [A-Za-z]+\(/ { sub(/\(.*/, "", $2); print $2 }' "$1" | sort -u)
 }
-check include/ConfigFile.h tests/scenarios/flat.txt tests/FileLifeTest.cpp
-check include/MultiSectionFile.h tests/scenarios/sectioned.txt tests/FileLifeTest.cpp
+check include/ConfigFile.h tests/scenarios/flat.txt
+check include/MultiSectionFile.h tests/scenarios/sectioned.txt
 check include/ZelSection.h tests/scenarios/records.txt
 check include/Tree.h tests/scenarios/records.txt tests/SectionRecordsTest.cpp
 check include/CsvDocument.h tests/scenarios/csv.txt tests/CsvReference.h tests/CsvTest.cpp
