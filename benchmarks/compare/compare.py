@@ -13,6 +13,8 @@ import sys
 import tempfile
 import time
 
+import data
+
 Sizes = collections.namedtuple("Sizes", "lines sections csv_bytes token_bytes rounds warm_bytes rest_seconds")
 FULL = Sizes(1000000, 20000, 10**8, 5 * 10**7, rounds=5, warm_bytes=500 << 20, rest_seconds=5)
 QUICK = Sizes(100000, 2000, 10**7, 5 * 10**6, rounds=3, warm_bytes=50 << 20, rest_seconds=0.5)
@@ -131,7 +133,7 @@ class Comparison:
         self.ini = self.file + ".ini" if scenario.data == "sections" else self.file  # for the peers
         self.probes = self.file + ".probes"
         self.target = f"{folder}/target"
-        subprocess.run([f"{programs}/make_data", scenario.data, str(scenario.size), self.file], check=True)
+        data.make(scenario.data, scenario.size, self.file)
         # What each step must find; and section and key of the entry to change.
         self.expected, self.change = self.survey_stream() if scenario.data in ("csv", "tokens") else self.survey_entries()
 

@@ -27,12 +27,12 @@ setting() {
 
 if [ "${1:-}" = --record ]; then
   page=../../docs/performance
-  table=$(python3 compare.py "$programs")
+  table=$(python3 -B compare.py "$programs")
   python3 chart.py <<<"$table" >$page.svg
   # What stands between the two marks of the page is what was measured.
   { printf '%s\n' "$table" && setting; } | sed -i -e '/^<!-- measured -->/r /dev/stdin' \
     -e '/^<!-- measured -->/,/^<!-- end -->/{//!d}' $page.md
 else
-  python3 compare.py "$programs" "$@"
+  python3 -B compare.py "$programs" "$@"
   setting
 fi
