@@ -33,10 +33,6 @@ struct FileLife : testing::Test {
 using Files = testing::Types<FlatFile, SectionFile>;
 TYPED_TEST_SUITE(FileLife, Files);
 
-std::string Failure(const char* action, const std::string& path, int reason) {
-  return std::string("Error ") + action + " file \"" + path + "\" : " + std::strerror(reason);
-}
-
 // --- Making, filling and clearing ---
 
 TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
@@ -183,79 +179,39 @@ TYPED_TEST(FileLife, ReloadAndAttachToBufferDoAllOrNothing) {
   }
 }
 
-// --- Messages ---
-
-// Each allocation fails once, and then nothing is left: no block, no open file.
-TYPED_TEST(FileLife, MessagesNameTheFileAndTheReasonAndNothingIsLeft) {
-  const std::string far(300, 'f');  // refused by the system; the message comes whole
-  const struct {
-    std::string path;
-    bool create, reads;
-    const char* target;
-    std::string said;
-  } rows[] = {
-      {"conf/sub/cfg", true, false, "out", "Path conf/sub does not exist."},
-      {"q/c", false, false, "out", "Path q does not exist."},
-      {"file/c", false, true, "out", "Path file does not exist."},
-      {"Q:/sub\\c", false, false, "out", "Path Q:/sub does not exist."},
-      {far + "/c", false, false, "out", "Path " + far + " does not exist."},
-      {"C:\\none", false, false, "out",
-       TestSystem::kHasDrives ? Failure("opening", "C:\\none", ENOENT)
-                              : "Path C:\\ does not exist."},
-      {"dir\\none", false, false, "out", Failure("opening", "dir\\none", ENOENT)},
-      {"dir//none", false, false, "out", Failure("opening", "dir//none", ENOENT)},
-      {"/none", false, false, "out", Failure("opening", "/none", ENOENT)},
-      {"", false, false, "out", Failure("opening", "", ENOENT)},
-      {"none", false, false, "out", Failure("opening", "none", ENOENT)},
-      {"none", true, true, "out", Failure("opening", "none", ENOENT)},
-      {far, true, false, "out", Failure("opening", far, TestSystem::kLongNameError)},
-      {"dir", false, true, "out", Failure("opening", "dir", TestSystem::kDirectoryError)},
-      {"made", true, false, "out", "true"},
-      {"file", false, false, "out", "true"},
-      {"file", false, true, "no/c", Failure("saving", "no/c", ENOENT)},
-      {"file", false, false, "dir", Failure("saving", "dir", TestSystem::kDirectoryError)},
+TYPED_TEST(FileLife, ACoalescedSaveThatFindsNoMemoryFails) {
+  TypeParam file(this->tokens, "file", true);
+  file.AddEntry("a", "1", false);
+  std::string said;
+  const auto save = [&] {
+    if (!file.IsTornDown()) said = Outcome([&] { return std::to_string(file.Save(true, "")); });
   };
-  fs::create_directory("dir");
-  TestFiles::Write("file", "n=1\n{\nk=v\n}\n" + std::string(300, 'x'));
-  const int openFiles = TestSystem::OpenFiles();
-  bool aSaveMissedItsBuffer = false;
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.said);
-    const auto live = [&] {
-      TypeParam file(this->tokens, row.path.c_str(), row.create, row.reads);
-      file.AttachToBuffer(file.Image().c_str(), row.path.c_str());
-      const bool saved = file.Save(false, row.target) && file.Save(true, row.target);
-      file.Reload();
-      return saved ? "true" : "false";
-    };
-    char said[1000] = "";  // on the heap it would be a block
-    long blocks = 0;
-    const int failed = FailingNew::ForEachAllocation(
-        [&] {
-          blocks = FailingNew::LiveBlocks();
-          std::strcpy(said, Outcome(live).c_str());
-        },
-        [&](bool) {
-          EXPECT_EQ(FailingNew::LiveBlocks(), blocks);
-          EXPECT_EQ(TestSystem::OpenFiles(), openFiles);
-          aSaveMissedItsBuffer |= std::strstr(said, "\"out\" : file is too big.") != nullptr;
-        });
-    EXPECT_EQ(said, row.said);
-    EXPECT_GT(failed, 0);
-  }
-  EXPECT_TRUE(aSaveMissedItsBuffer && !fs::exists("none") && fs::exists("made"));
+  FailingNew::ForEachAllocation(save, [](bool) {});
+  EXPECT_EQ(said, "Error saving file \"file\" : file is too big.");
 }
 
-TYPED_TEST(FileLife, ThePathCheckMakesDirectories) {
+// --- Paths, and classes that stand alone ---
+
+TYPED_TEST(FileLife, ADirectoryIsNoFile) {
+  const std::string reason =
+      std::string(" file \".\" : ") + std::strerror(TestSystem::kDirectoryError);
+  const auto make = [&] { return TypeParam(this->tokens, ".").Image(); };
+  const auto save = [&] { return std::to_string(TypeParam("").Save(true, ".")); };
+  EXPECT_EQ(Outcome(make), "Error opening" + reason);
+  EXPECT_EQ(Outcome(save), "Error saving" + reason);
+}
+
+TYPED_TEST(FileLife, ThePathCheckMakesTheDirectoryThatThePathNames) {
   const std::string absolute = fs::current_path().generic_string() + "/d/e";
   TestFiles::Write("file", "");
-  const auto made = [](const std::string& path) {
-    const Configuration::PathCheck check(path.c_str(), true);
+  const auto checked = [](const std::string& path, bool create) {
+    const Configuration::PathCheck check(path.c_str(), create);
     return (check.Exists() ? "" : "no ") + std::string(check.Text());
   };
-  EXPECT_EQ(made("a\\b/c/file"), "a/b/c");
-  EXPECT_EQ(made(absolute + "/file"), absolute);
-  EXPECT_EQ(made("file/cfg"), "no file");
+  EXPECT_EQ(checked("C:\\none", false), TestSystem::kHasDrives ? "C:\\" : "no C:\\");
+  EXPECT_EQ(checked("a\\b/c/file", true), "a/b/c");
+  EXPECT_EQ(checked(absolute + "/file", true), absolute);
+  EXPECT_EQ(checked("file/cfg", true), "no file");
   EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_directory("d/e"));
 }
 

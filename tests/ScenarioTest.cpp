@@ -2,12 +2,17 @@
 // The scenarios of the two file classes.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "FailingNew.h"
 #include "FileCalls.h"
 #include "FileFixtures.h"
 #include "Scenarios.h"
+#include "TestFiles.h"
+#include "TestSystem.h"
 
 namespace {
 
@@ -21,15 +26,25 @@ void Run(Scanner& line, Scanner settings) {
     tokens = {texts.at(0).c_str(), texts.at(1).c_str(), texts.at(2).c_str(),
               texts.at(3).c_str(), texts.at(4).c_str(), texts.at(5).c_str()};
   }
-  TestFiles::Clear();
-  const bool hasSource = !line.Take("none");
-  const std::string before = hasSource ? line.Text() : "";
+  const bool isNone = line.Take("none"), creates = line.Take("create"), reads = line.Take("read");
+  const bool isNamed = creates || reads || line.Take("open");
+  const std::string text = isNone ? "" : line.Text(), path = isNamed ? text : "file";
+  const std::string before = isNamed ? "" : text;
   std::string after = before;
-  const auto made = [&] { return hasSource ? File(before, tokens) : File(tokens, nullptr); };
+  TestFiles::Clear();
+  TestFiles::Written(before);
+  const auto make = [&] { return File(tokens, isNone ? nullptr : path.c_str(), creates, reads); };
+  const auto image = [&] { return make().Image(); };
+  const auto held = [] { return std::pair(FailingNew::LiveBlocks(), TestSystem::OpenFiles()); };
+  const auto heldBefore = held();
+  const auto check = [&](bool) {
+    if (held() != heldBefore) throw std::logic_error("memory or an open file is left");
+  };
+  FailingNew::ForEachAllocation([&] { Outcome(image); }, check);
   if (line.Take("| throws")) {
-    return Compare("message", line.Text(), Outcome([&] { return made().Image(); }));
+    return Compare("message", line.HasText() ? line.Text() : line.Column(), Outcome(image));
   }
-  File file = made();
+  File file = make();
   static const auto calls = AllCalls<File>();
   if (line.Take("| ") && !line.Take("-")) RunCalls(line, file, calls);
   if (line.Take("| torn down")) return Compare("object", "torn down\n", file.Dump());
