@@ -96,7 +96,6 @@ class FileModel {
   }
   void Unset(auto& list) { Cleared(list).at = {}; }
   void Restart() { Unset(entries), Unset(sections); }
-  size_t Count(const auto& list) const { return list.size(); }
 
   // --- Edits of entries ---
 
