@@ -83,7 +83,7 @@ class FileWalk {
   }
 
   void Step() {
-    static const FileCallTable<File> calls = AllCalls<File>();
+    static const auto calls = AllCalls<File>();
     const FileCall<File>& call = choices.OneOf(calls);
     if (call.onModel == nullptr) return;
     // A composed key with white space at its ends would be read differently once its line moves.

@@ -26,8 +26,6 @@ struct FileCall : Scenarios::Call<File> {
     return statement;
   }
 };
-template <class File>
-using FileCallTable = std::vector<FileCall<File>>;
 
 #define CALL(call, step) \
   { SCENARIO_CALL(call), SCENARIO_FUNCTION(auto&, step) }
@@ -38,8 +36,8 @@ using FileCallTable = std::vector<FileCall<File>>;
 /// Each call of the class, and with either value where it takes a bool. The inputs of the walk
 /// choose by their order.
 template <class File>
-FileCallTable<File> AllCalls() {
-  FileCallTable<File> all = {
+std::vector<FileCall<File>> AllCalls() {
+  std::vector<FileCall<File>> all = {
       CALL(Restart(), Restart()),
       CALL(GotoEntry(key), Goto(on.entries, key)),
       CALL(GotoNextEntry(), GotoNext(on.entries)),
