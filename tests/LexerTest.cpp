@@ -2,13 +2,16 @@
 // The scenarios of line sources, lexer and parser, and what does not fit into one.
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "FailingNew.h"
-#include "LexerReference.h"
 #include "Scenarios.h"
 #include "TestFiles.h"
 #include "ZelLex.h"
@@ -16,21 +19,15 @@
 
 namespace {
 
-using LexerReference::AllTokens;
-using LexerReference::ListSource;
 using Scenarios::ResultText;
 using Scenarios::Scanner;
-using TestFiles::Path;
 
-std::string Written(const std::string& text) {
-  TestFiles::Write(Path("%a"), text, std::ios::binary);
-  return Path("%a");
-}
-
-std::string LinesText(auto& source, auto goOn) {
+template <class Source>
+std::string LinesText(Source& source) {
   std::string lines;
-  for (; source.HasMoreLines() && lines.size() < 100000; goOn(source)) {
+  while (source.HasMoreLines() && lines.size() < 100000) {
     lines += ' ' + Quoted(source.GetLine());
+    if constexpr (std::is_copy_constructible_v<Source>) source = Source(source);
   }
   if (!source.GetLine().empty()) lines += " (a line after the end)";
   return lines.erase(0, 1);
@@ -39,14 +36,49 @@ std::string LinesText(auto& source, auto goOn) {
 // `TEXT | LINES OF A FILE | LINES OF A TEXT`
 void RunLines(Scanner& line, Scanner) {
   const std::string text = line.Text();
-  FileIterator file(Written(text).c_str());
+  TestFiles::Write(TestFiles::Path("%a"), text, std::ios::binary);
+  FileIterator file("%a"), closed("%a");
   BufferIterator buffer(text.c_str());
+  closed.CloseFile();
   line.Need("|");
-  Compare("lines of a file", line.Column(), LinesText(file, [](FileIterator&) {}));
+  Compare("lines of a file", line.Column(), LinesText(file));
+  Compare("lines of a closed file", "", LinesText(closed));
   line.Need("|");
-  Compare("lines of a text", line.Column(), LinesText(buffer, [](BufferIterator& source) {
-            source = BufferIterator(source);  // a copy reads on where it was made
-          }));
+  Compare("lines of a text", line.Column(), LinesText(buffer));
+}
+
+// A caller's own source: hands out any lines, and no more after the last. Throws before each. An
+// empty line is the end: no other may be asked for.
+struct ListSource : StreamIterator {
+  explicit ListSource(std::vector<std::string> given) : lines(std::move(given)) {}
+  bool HasMoreLines() override { return next < lines.size(); }
+  std::string GetLine() override {
+    if (throws = !throws; throws) throw std::runtime_error("a line");
+    if (next > 0 && lines[next - 1].empty()) throw std::logic_error("asked after an empty line");
+    return lines.at(next++);
+  }
+
+  const std::vector<std::string> lines;
+  std::size_t next = 0;
+  bool throws = false;
+};
+
+// The tokens up to the end: `word "abc" digits "1"`. After each call, also after one in which the
+// source throws, a copy of the lexer goes on.
+std::string AllTokens(const ZelLex& first) {
+  static const char* const kKinds[] = {"unknown", "mark", "word", "digits", "blank", "newline"};
+  std::string tokens;
+  auto lexer = std::make_unique<ZelLex>(first);
+  for (; tokens.size() < 100000; lexer = std::make_unique<ZelLex>(*lexer)) {
+    try {
+      const ZelLexToken* const token = lexer->GetToken();
+      if (token == nullptr) break;
+      tokens += std::string(" ") + kKinds[token->kind] + ' ' + Quoted(token->text);
+    } catch (const std::runtime_error&) {
+    }
+  }
+  if (lexer->GetToken() != nullptr) tokens += " (a token after the end)";
+  return tokens.erase(0, 1);
 }
 
 // `LINES | TOKENS | TOKENS WHERE WHITE SPACE IS IGNORED`, where those are others
@@ -56,106 +88,85 @@ void RunTokens(Scanner& line, Scanner) {
   for (const bool ignores : {false, true}) {
     if (line.Take("|")) expected = line.Column();
     ListSource source(lines);
-    ZelLex lexer(&source, ignores);
-    Compare("tokens", expected, AllTokens(lexer));
-    Compare("tokens after the end", "", AllTokens(lexer));
+    Compare("tokens", expected, AllTokens(ZelLex(lines.empty() ? nullptr : &source, ignores)));
   }
 }
 
 // Its hook reads `limit` tokens at most, and throws instead where that is 0.
 struct Reader : ZelParser {
-  explicit Reader(const std::string& text = "") : source(text) { read.reserve(30000); }
-  bool Parse(void* given) override {
+  Reader() { read.reserve(30000); }
+  bool Parse(void* context) override {
+    if (context != &limit) throw std::runtime_error("another context");
     if (limit == 0) throw std::runtime_error("hook");
-    if (given != context) read += "(another context)";
     const ZelLexToken* token = nullptr;
-    for (int i = 0; i < limit && (token = GetToken()) != nullptr; ++i) read += token->text;
-    return result;
+    for (; limit > 0 && (token = GetToken()) != nullptr; --limit) read += token->text;
+    return token != nullptr;
   }
-  template <class Call>
-  std::string Read(int tokens, Call parse) {
+  // A call that finds no memory is repeated.
+  std::string Read(bool (ZelParser::*parse)(const char*, void*), const char* from, int tokens) {
+    bool result = false;
     read.clear();
-    limit = tokens;
-    context = tokens == 1 ? &limit : nullptr;
-    result = !result;
-    try {
-      if (parse() != result) read += "(another result)";
-    } catch (const std::exception& failure) {
-      return typeid(failure) == typeid(std::exception) ? "no file" : failure.what();
+    for (limit = tokens;;) {
+      try {
+        result = (this->*parse)(from, &limit);
+        break;
+      } catch (const std::bad_alloc&) {
+      } catch (const std::exception& failure) {
+        return typeid(failure) == typeid(std::exception) ? "no file" : failure.what();
+      }
     }
-    return Quoted(read);
+    return (result ? "true " : "false ") + Quoted(read);
   }
-  std::string ReadFile(const std::string& name, int tokens) {
-    return Read(tokens, [&] { return ParseFile(name.c_str(), context); });
+  std::string ReadFile(const char* name, int tokens) {
+    return Read(&ZelParser::ParseFile, name, tokens);
   }
-  std::string ReadText(int tokens) {
-    return Read(tokens, [&] { return ParseBuffer(source.c_str(), context); });
-  }
+  std::string ReadText(int tokens) { return Read(&ZelParser::ParseBuffer, text.c_str(), tokens); }
 
-  const std::string source, path = Path("%a");
+  static inline std::string text;
   std::string read;
-  void* context = nullptr;
-  int limit = 100;
-  bool result = true;
+  int limit = 0;
 };
 
 const std::vector<Scenarios::Call<Reader>> kParserCalls = {SCENARIO_CALL(ReadFile(text, number)),
-                                                           SCENARIO_CALL(ReadFile(on.path, number)),
                                                            SCENARIO_CALL(ReadText(number))};
 
-// `TEXT | CALL = RESULT; CALL`
+// `TEXT | CALL = RESULT; CALL`, with each allocation failing once
 void RunParser(Scanner& line, Scanner) {
-  Reader reader(line.Text());
-  Written(reader.source);
+  Reader::text = line.Text();
+  TestFiles::Write(TestFiles::Path("%a"), Reader::text, std::ios::binary);
   line.Need("|");
-  Scenarios::RunCalls(line, reader, kParserCalls);
+  const Scanner calls = line;
+  const auto run = [&](Reader& reader) {
+    line = calls;
+    Scenarios::RunCalls(line, reader, kParserCalls);
+  };
+  FailingNew::ForEachAllocationOn<Reader>(run, [](Reader&, bool) {});
 }
 
 const bool kRules = Scenarios::Register("LineSources", "lines.txt", RunLines) &&
                     Scenarios::Register("Lexer", "lexer.txt", RunTokens) &&
                     Scenarios::Register("Parser", "parser.txt", RunParser);
 
-TEST(LineSource, AClosedFileHasNoLines) {
-  FileIterator source(Written("a\nb\n").c_str());
-  EXPECT_EQ(source.GetLine(), "a\n");
-  source.CloseFile();
-  EXPECT_FALSE(source.HasMoreLines());
-  EXPECT_EQ(source.GetLine(), "");
-}
-
-TEST(LexerObject, HasNoTokensWithoutASource) {
-  EXPECT_EQ(ZelLex(nullptr, false).GetToken(), nullptr);
-}
-
 TEST(LexerObject, AnAssignmentIsWholeOrChangesNothing) {
-  const std::string wide(50, 'w');
-  ListSource source({wide + " 1"}), other({"a b"});
+  const std::string wide(50, 'w'), text = wide + " 1";
+  BufferIterator source(text.c_str()), other("a b\nc");
   ZelLex lexer(&source, true), target(&other, false);
-  LexerReference::NextToken(lexer);
-  const ZelLexToken* record = LexerReference::NextToken(target);
-  const auto check = [&](bool failed) {
-    EXPECT_EQ(record->text, failed ? "a" : wide);
-    ZelLex rest(target);
-    EXPECT_EQ(AllTokens(rest), failed ? R"(blank " " word "b")" : R"(unknown "" digits "1")");
-  };
-  FailingNew::ForEachAllocation([&] { target = lexer; }, check);
+  lexer.GetToken();
+  const ZelLexToken* const record = target.GetToken();
+  const BufferIterator rest = other;
+  FailingNew::ForEachAllocation([&] { target = lexer; },
+                                [&](bool failed) {
+                                  EXPECT_EQ(record->text, failed ? "a" : wide);
+                                  EXPECT_EQ(AllTokens(target),
+                                            failed ? R"(blank " " word "b" newline "\n" word "c")"
+                                                   : R"(unknown "" digits "1")");
+                                  other = rest;
+                                });
   EXPECT_EQ(target.GetToken(), record) << "the one record of the lexer";
   target.GetToken();
   EXPECT_EQ(target.GetToken(), nullptr);
-  EXPECT_EQ(LexerReference::TokenText(*record), R"(unknown "")") << "at the end";
-}
-
-TEST(ParserObject, AFailedAllocationLosesNothingThatTheRepeatedCallNeeds) {
-  const std::string text = std::string(20000, 'w') + " 1\n" + std::string(50, 'w') + "7;\nend";
-  for (const std::string path = Written(text); const bool ofFile : {true, false}) {
-    const auto run = [&](Reader& parser) {
-      ofFile ? parser.ParseFile(path.c_str(), nullptr) : parser.ParseBuffer(text.c_str(), nullptr);
-    };
-    FailingNew::ForEachAllocationOn<Reader>(run, [&](Reader& parser, bool failed) {
-      if (failed) run(parser);
-      EXPECT_EQ(parser.read, text);
-    });
-  }
+  EXPECT_EQ(record->kind, UnknownToken) << "at the end";
+  EXPECT_EQ(record->text, "") << "at the end";
 }
 
 }  // namespace

@@ -17,6 +17,6 @@ check include/ConfigFile.h tests/scenarios/flat.txt
 check include/MultiSectionFile.h tests/scenarios/sectioned.txt
 check include/ZelSection.h tests/scenarios/records.txt
 check include/Tree.h tests/scenarios/records.txt tests/SectionRecordsTest.cpp
-check include/CsvDocument.h tests/scenarios/csv.txt tests/CsvReference.h tests/CsvTest.cpp
+check include/CsvDocument.h tests/scenarios/csv.txt tests/CsvTest.cpp
 check include/StreamIterator.h tests/LexerTest.cpp
 exit "$missing"
