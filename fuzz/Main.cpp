@@ -3,6 +3,7 @@
 // together from them, for builds without libFuzzer: DIRECTORY NUMBER [SEED]
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <stdexcept>
@@ -21,7 +22,11 @@ int main(int argc, char** argv) {
     kept.push_back(TestFiles::Read(entry.path().string(), std::ios::binary));
   }
   std::sort(kept.begin(), kept.end());
-  const auto run = [](const std::string& input) {
+  const std::string path = TestFiles::Path("last.input");
+  std::fprintf(stderr, "after a crash its input stands in %s\n",
+               std::filesystem::absolute(path).string().c_str());
+  const auto run = [&](const std::string& input) {
+    TestFiles::Write(path, input, std::ios::binary);
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
   };
   for (const std::string& input : kept) run(input);

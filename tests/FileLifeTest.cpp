@@ -168,15 +168,6 @@ TYPED_TEST(FileLife, ACoalescedSaveThatFindsNoMemoryFails) {
 
 // --- Paths, and classes that stand alone ---
 
-TYPED_TEST(FileLife, ADirectoryIsNoFile) {
-  const std::string reason =
-      std::string(" file \".\" : ") + std::strerror(TestSystem::kDirectoryError);
-  const auto make = [&] { return TypeParam(this->tokens, ".").Image(); };
-  const auto save = [&] { return std::to_string(TypeParam("").Save(true, ".")); };
-  EXPECT_EQ(Outcome(make), "Error opening" + reason);
-  EXPECT_EQ(Outcome(save), "Error saving" + reason);
-}
-
 TYPED_TEST(FileLife, ThePathCheckMakesTheDirectoryThatThePathNames) {
   const std::string absolute = fs::current_path().generic_string() + "/d/e";
   TestFiles::Write("file", "");
