@@ -2,7 +2,6 @@
 // Names what surprises people in configuration files, with line numbers.
 //
 //   check_config FILE...
-#include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -11,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "ConfigException.h"
 #include "ConfigFile.h"
 #include "MultiSectionFile.h"
 #include "SmartBuffer.h"
@@ -72,7 +72,7 @@ int main(int argc, char** argv) {
     try {
       Configuration::MultiSectionConfigFile file(argv[i], false, false, true, false);
       std::cout << argv[i] << ": " << file.GetSectionCount() << " sections\n";
-    } catch (const std::exception& error) {
+    } catch (const ConfigException& error) {
       std::cout << error.what() << "\n";
       ++findings;
     }

@@ -25,12 +25,13 @@ set_tests_properties(installed_library PROPERTIES TIMEOUT 120
 # A program may have names of the library's inside for its own; what the library defines keeps out.
 add_library(zelconfutils_archive STATIC $<TARGET_OBJECTS:zelconfutils_objects>)
 set_target_properties(zelconfutils_archive PROPERTIES LINKER_LANGUAGE CXX)
-add_executable(foreign_names ${consumer}/consumer.cpp ${consumer}/foreign_names.cpp)
+add_executable(foreign_names ${PROJECT_SOURCE_DIR}/examples/check_config.cpp
+                             ${consumer}/foreign_names.cpp)
 target_compile_features(foreign_names PRIVATE cxx_std_17)
 target_compile_definitions(foreign_names PRIVATE ZELCONFUTILS_STATIC)
 target_include_directories(foreign_names PRIVATE $<TARGET_PROPERTY:zelconfutils,INTERFACE_INCLUDE_DIRECTORIES>)
 target_link_libraries(foreign_names PRIVATE zelconfutils_archive $<$<BOOL:${MINGW}>:-static>)
-add_test(NAME foreign_names COMMAND foreign_names)
+add_test(NAME foreign_names COMMAND foreign_names ${PROJECT_SOURCE_DIR}/examples/data/tidy.conf)
 if(NOT WIN32 AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
   add_test(NAME defined_names COMMAND bash ${consumer}/check.sh names
            $<TARGET_FILE:zelconfutils_archive>)

@@ -1,35 +1,21 @@
 // SPDX-License-Identifier: MIT
-// Names of the library's inside that a program has for things of its own. Beside the static library
-// the linker would silently take one for the other.
-#include <cstddef>
+// Names of the library's inside that a program has for things of its own, with signatures that are
+// the same to the linker. Beside the static library it would silently take one for the other.
 #include <cstdio>
 #include <cstdlib>
 
-namespace {
-
-[[noreturn]] void CalledByTheLibrary(const char* name) {
-  std::fprintf(stderr, "the library called the program's own %s\n", name);
-  std::exit(1);
-}
-
-}  // namespace
-
-// The signatures are those of the library, for the same names to the linker.
 namespace Text {
-char* Duplicate(const char*) { CalledByTheLibrary("Text::Duplicate"); }
+char* Duplicate(const char*) {
+  std::fputs("the library called the program's own Text::Duplicate\n", stderr);
+  std::abort();
+}
 }  // namespace Text
-
-namespace TextBlock {
-void Set(char*&, const char*) { CalledByTheLibrary("TextBlock::Set"); }
-}  // namespace TextBlock
 
 namespace Platform {
 enum class OpenMode {};
 struct File {};
-File OpenFile(const char*, OpenMode) { CalledByTheLibrary("Platform::OpenFile"); }
+File OpenFile(const char*, OpenMode) {
+  std::fputs("the library called the program's own Platform::OpenFile\n", stderr);
+  std::abort();
+}
 }  // namespace Platform
-
-struct CsvRecordReader {
-  explicit CsvRecordReader(std::size_t);
-};
-CsvRecordReader::CsvRecordReader(std::size_t) { CalledByTheLibrary("CsvRecordReader"); }
