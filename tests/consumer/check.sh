@@ -132,7 +132,7 @@ subproject() {
     kind=${kind/-/}
     prefix=$build/prefix
     quiet configure "$way" -B "$build" -DLIBRARY_SOURCE="$root" ${kind:+-DBUILD_SHARED_LIBS="$kind"} \
-      -DZELCONFUTILS_INSTALL="$install" -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+      -DZELCONFUTILS_INSTALL="$install" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
     quiet cmake --build "$build"
     same "$way" "$printed" "$(said "$build/consumer")"
     same "$way: tests" "Total Tests: 1" "$(cd "$build" && ctest -N | grep Total)"
