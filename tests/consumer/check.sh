@@ -125,14 +125,15 @@ installed_dll() {
 
 # The sources as a part of a larger project. Nothing but the target comes in, and what the parent
 # installs starts: a static library is in the program; a shared one is installed where that is wanted.
+# One is built file by file, the others as a parent in a hurry does.
 subproject() {
-  local way kind install build prefix
-  while read -r way kind install; do
+  local way kind install unity build prefix
+  while read -r way kind install unity; do
     build=$scratch/$way-$kind-$install
     kind=${kind/-/}
     prefix=$build/prefix
     quiet configure "$way" -B "$build" -DLIBRARY_SOURCE="$root" ${kind:+-DBUILD_SHARED_LIBS="$kind"} \
-      -DZELCONFUTILS_INSTALL="$install" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+      -DZELCONFUTILS_INSTALL="$install" -DCMAKE_UNITY_BUILD="$unity" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
     quiet cmake --build "$build"
     same "$way" "$printed" "$(said "$build/consumer")"
     same "$way: tests" "Total Tests: 1" "$(cd "$build" && ctest -N | grep Total)"
@@ -143,7 +144,7 @@ subproject() {
     same "$way: flags of the parent" "" \
       "$(grep '"command".*check_config.cpp' "$build/compile_commands.json" | grep -oE ' -(W|f|DZELCONFUTILS_B)[^ ]*' || true)"
     printf '%s, BUILD_SHARED_LIBS=%s, ZELCONFUTILS_INSTALL=%s: ok\n' "$way" "${kind:-(undefined)}" "$install"
-  done <<<$'add_subdirectory - OFF\nadd_subdirectory ON OFF\nFetchContent OFF ON\nFetchContent ON ON'
+  done <<<$'add_subdirectory - OFF OFF\nadd_subdirectory ON OFF ON\nFetchContent OFF ON ON\nFetchContent ON ON ON'
 }
 
 # debs FOLDER: the packages of the sources in that folder.
