@@ -16,12 +16,11 @@ TEST(CsvFieldEnds, ReadNoByteAfterTheRecord) {
   void* const pages = mmap(nullptr, 2 * page, access, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(pages, MAP_FAILED);
   char* const end = static_cast<char*>(pages) + page;
+  std::memset(pages, 'x', page);
   ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+  end[-1] = ',';
   for (std::size_t bytes = 1; bytes <= 200; ++bytes) {
-    char* const record = end - bytes;
-    std::memset(record, 'x', bytes - 1);
-    record[bytes - 1] = ',';
-    zelconfutils::FieldEnds ends(record, bytes, ',');
+    zelconfutils::FieldEnds ends(end - bytes, bytes, ',');
     EXPECT_EQ(ends.Next(), bytes - 1);
     EXPECT_GE(ends.Next(), bytes);
   }

@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
-#include <utility>
 
 namespace {
 
@@ -28,17 +27,15 @@ Function* Real(Function*, const char* name) {
 
 /// Notes a call. Where it fails, the reason is in `errno`.
 bool IsRefused(const char* name, long argument, std::size_t* bytes = nullptr) {
-  SystemCalls* const calls = std::exchange(noted, nullptr);  // what this calls is not noted
-  if (calls == nullptr) return false;
-  const SystemFault& fault = calls->fault;
-  std::vector<long>& same = calls->arguments[name];
+  if (noted == nullptr) return false;
+  const SystemFault& fault = noted->fault;
+  std::vector<long>& same = noted->arguments[name];
   same.push_back(argument);
-  calls->names += name + std::string(" ");
+  noted->names += name + std::string(" ");
   const bool fails = name == fault.name && same.size() >= fault.first &&
                      (same.size() - fault.first) % fault.every == 0 &&
                      (argument & fault.flag) == fault.flag;
   if (bytes != nullptr) *bytes = fails ? 0 : std::min(*bytes, SystemCalls::kPartBytes);
-  noted = calls;
   if (fails && fault.reason != 0) errno = fault.reason;
   return fails && fault.reason != 0;
 }

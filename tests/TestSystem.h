@@ -9,9 +9,9 @@
 /// per system implements it.
 namespace TestSystem {
 
-/// The reasons in `errno`: for a directory opened as a file, for a name of 300 bytes, and for a
-/// range that another process has locked.
-extern const int kDirectoryError, kLongNameError, kLockedError;
+/// The reasons in `errno`: for a directory opened as a file, and for a range that another process
+/// has locked.
+extern const int kDirectoryError, kLockedError;
 
 /// Whether text mode is a mode of its own: CR LF is read as LF, LF written as CR LF, and 0x1A ends
 /// the input.
@@ -23,13 +23,13 @@ extern const bool kHasDrives;
 /// Files that this process has open.
 int OpenFiles();
 
-/// Ways in which other programs lock the file at `path`. A lock lasts as long as what is returned,
-/// which is null when it could not be had.
-using TakeLock = std::shared_ptr<void> (*)(const char* path);
-std::vector<TakeLock> ForeignLocks();
+/// Locks bytes of a file as another program does. The lock lasts as long as what is returned, which
+/// is null when it could not be had.
+std::shared_ptr<void> LockBytes(const char* path, long offset, long bytes);
 
-/// Whether another program can lock the one byte at `offset` of the file at `path` now.
-bool CanLockByte(const char* path, long offset);
+/// The ways in which programs lock a file of four bytes.
+using TakeLock = std::shared_ptr<void> (*)(const char* path);
+extern const std::vector<TakeLock> kForeignLocks;
 
 }  // namespace TestSystem
 

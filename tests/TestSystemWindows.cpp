@@ -9,23 +9,7 @@
 
 namespace TestSystem {
 
-namespace {
-
-std::shared_ptr<void> Open(const char* path) {
-  return {CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                      OPEN_EXISTING, 0, nullptr),
-          CloseHandle};
-}
-
-// Null when the bytes are locked already. No bytes are no lock.
-std::shared_ptr<void> LockBytes(const char* path, DWORD offset, DWORD bytes) {
-  const std::shared_ptr<void> file = Open(path);
-  return bytes == 0 || LockFile(file.get(), offset, 0, bytes, 0) != 0 ? file : nullptr;
-}
-
-}  // namespace
-
-const int kDirectoryError = EACCES, kLongNameError = ENOENT, kLockedError = EACCES;
+const int kDirectoryError = EACCES, kLockedError = EACCES;
 
 const bool kHasTextMode = true, kHasDrives = true;
 
@@ -35,18 +19,18 @@ int OpenFiles() {
   return count;
 }
 
-std::vector<TakeLock> ForeignLocks() {
-  return {
-      [](const char* path) { return LockBytes(path, 0, GetFileSize(Open(path).get(), nullptr)); },
-      [](const char* path) {  // the last byte alone
-        const DWORD size = GetFileSize(Open(path).get(), nullptr);
-        return LockBytes(path, size - 1, size > 0);
-      },
-  };
+std::shared_ptr<void> LockBytes(const char* path, long offset, long bytes) {
+  const std::shared_ptr<void> file(
+      CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                  nullptr),
+      CloseHandle);
+  const auto first = static_cast<DWORD>(offset), count = static_cast<DWORD>(bytes);
+  return LockFile(file.get(), first, 0, count, 0) != 0 ? file : nullptr;
 }
 
-bool CanLockByte(const char* path, long offset) {
-  return LockBytes(path, static_cast<DWORD>(offset), 1) != nullptr;
-}
+const std::vector<TakeLock> kForeignLocks = {
+    [](const char* path) { return LockBytes(path, 0, 4); },
+    [](const char* path) { return LockBytes(path, 3, 1); },
+};
 
 }  // namespace TestSystem
