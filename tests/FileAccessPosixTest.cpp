@@ -23,7 +23,7 @@
 
 namespace {
 
-const std::string kPath = TestFiles::Path("file");
+const std::string kPath = TestFiles::Path("./file");  // a load looks at the directory
 const std::string kText = [] {  // of lines of 1000 bytes, more than any block holds
   std::string text;
   for (int i = 0; i < 200; ++i) {
@@ -63,7 +63,7 @@ const std::vector<Call> kSaves = {{"save", [] { return Saved(false); }},
                                   {"coalesced save", [] { return Saved(true); }}};
 
 std::string LockMessage(int reason) {
-  return std::string("Error locking file \"file\" : ") + std::strerror(reason);
+  return "Error locking file \"" + kPath + "\" : " + std::strerror(reason);
 }
 
 void Expect(const std::string& told, const std::vector<Call>& calls, const SystemFault& fault) {

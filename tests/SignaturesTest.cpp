@@ -55,7 +55,7 @@ void CheckRows() {
 
 static_assert(CommaDelimiter == 0 && SemicolonDelimiter == 1 && TabDelimiter == 2);
 
-// Each way to write a comparison means the one member.
+// Each way to write a comparison.
 template <class Type>
 bool CheckComparison(const Type& same) {
   Type left = same, right = same;
@@ -68,8 +68,10 @@ bool CheckComparison(const Type& same) {
 int main() {
   CheckRows();
   ZelSection named("name");
-  const bool equal = CheckComparison(named) && CheckComparison(ZelSectionEntry("k", "v", "c")) &&
-                     named == "NAME" && !(named == "other");
-  if (!equal) std::puts("a comparison of equal records, or with a text, went wrong");
-  return equal ? 0 : 1;
+  if (CheckComparison(named) && CheckComparison(ZelSectionEntry("k", "v", "c")) &&
+      named == "NAME" && !(named == "other")) {
+    return 0;
+  }
+  std::puts("a comparison of equal records, or with a text, went wrong");
+  return 1;
 }

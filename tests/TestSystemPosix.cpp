@@ -38,9 +38,7 @@ const int kDirectoryError = EISDIR, kLockedError = EAGAIN;
 const bool kHasTextMode = false, kHasDrives = false;
 
 int OpenFiles() {
-  std::error_code error;
-  return static_cast<int>(
-      std::distance(std::filesystem::directory_iterator("/proc/self/fd", error), {}));
+  return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
 std::shared_ptr<void> LockBytes(const char* path, long offset, long bytes) {

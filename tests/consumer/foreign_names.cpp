@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Names of the library's inside that a program has for things of its own, with signatures that are
-// the same to the linker. Beside the static library it would silently take one for the other.
+// A name of the library's inside that a program has for a thing of its own, with a signature that
+// is the same to the linker. Beside the static library it would silently take one for the other.
 #include <cstdio>
 #include <cstdlib>
 
@@ -10,12 +10,3 @@ char* Duplicate(const char*) {
   std::abort();
 }
 }  // namespace Text
-
-namespace Platform {
-enum class OpenMode {};
-struct File {};
-File OpenFile(const char*, OpenMode) {
-  std::fputs("the library called the program's own Platform::OpenFile\n", stderr);
-  std::abort();
-}
-}  // namespace Platform
