@@ -26,9 +26,7 @@ namespace {
 const std::string kPath = TestFiles::Path("./file");  // a load looks at the directory
 const std::string kText = [] {  // of lines of 1000 bytes, more than any block holds
   std::string text;
-  for (int i = 0; i < 200; ++i) {
-    text += "key=" + std::string(995, static_cast<char>('a' + i % 26)) + "\n";
-  }
+  for (int i = 0; i < 200; ++i) text += "k=" + std::string(997, char('a' + i % 26)) + "\n";
   return text;
 }();
 

@@ -67,18 +67,19 @@ TEST(FileLock, OfOursKeepsEveryOtherOutOfTheBytesOfTheFileAndNoneAfterThem) {
   for (const OpenMode mode : kModes) {
     SCOPED_TRACE("mode " + std::to_string(static_cast<int>(mode)));
     const OpenFile file(path, mode);
+    const auto end = static_cast<long>(file.length);
     Configuration::FileLock ours;
     ASSERT_TRUE(ours.Acquire(file));
     for (const OpenMode other : kModes) {
-      EXPECT_FALSE(Platform::TryLockBytes(OpenFile(path, other), 4)) << static_cast<int>(other);
+      EXPECT_FALSE(Platform::TryLockBytes(OpenFile(path, other), end)) << static_cast<int>(other);
     }
     for (const TestSystem::TakeLock take : TestSystem::kForeignLocks) {
       EXPECT_TRUE(mode == OpenMode::kRead || !take(path.c_str()));
     }
-    for (const long byte : {0, 3, 4}) {
-      EXPECT_EQ(TestSystem::LockBytes(path.c_str(), byte, 1) != nullptr, byte == 4) << byte;
+    for (const long byte : {0L, end - 1, end}) {
+      EXPECT_EQ(TestSystem::LockBytes(path.c_str(), byte, 1) != nullptr, byte == end) << byte;
     }
-    EXPECT_TRUE(ours.Release() && Platform::TryLockBytes(OpenFile(path, mode), 4));
+    EXPECT_TRUE(ours.Release() && Platform::TryLockBytes(OpenFile(path, mode), end));
   }
 }
 

@@ -27,7 +27,7 @@ int OpenFiles();
 /// is null when it could not be had.
 std::shared_ptr<void> LockBytes(const char* path, long offset, long bytes);
 
-/// The ways in which programs lock a file of four bytes.
+/// The ways in which programs lock a file of four or five bytes.
 using TakeLock = std::shared_ptr<void> (*)(const char* path);
 extern const std::vector<TakeLock> kForeignLocks;
 
