@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -15,12 +14,9 @@
 #include "SmartBuffer.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
-#include "config/files/PathCheck.h"
 #include "config/memory/TextPool.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // Most tests run for both file classes.
 template <class F>
@@ -166,21 +162,7 @@ TYPED_TEST(FileLife, ACoalescedSaveThatFindsNoMemoryFails) {
   EXPECT_EQ(said, "Error saving file \"file\" : file is too big.");
 }
 
-// --- Paths, and classes that stand alone ---
-
-TYPED_TEST(FileLife, ThePathCheckMakesTheDirectoryThatThePathNames) {
-  const std::string absolute = fs::current_path().generic_string() + "/d/e";
-  TestFiles::Write("file", "");
-  const auto checked = [](const std::string& path, bool create) {
-    const Configuration::PathCheck check(path.c_str(), create);
-    return (check.Exists() ? "" : "no ") + std::string(check.Text());
-  };
-  EXPECT_EQ(checked("C:\\none", false), TestSystem::kHasDrives ? "C:\\" : "no C:\\");
-  EXPECT_EQ(checked("a\\b/c/file", true), "a/b/c");
-  EXPECT_EQ(checked(absolute + "/file", true), absolute);
-  EXPECT_EQ(checked("file/cfg", true), "no file");
-  EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_directory("d/e"));
-}
+// --- Classes that stand alone ---
 
 TEST(MultiSectionConfigFile, HasItsTokensWhateverItsThirdArgument) {
   const std::string path = TestFiles::Written("x = 1\nsection a {\n# k=0\nk=1\n}\n");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The scenarios of the two file classes.
+// The scenarios of the two file classes, and of the check of their paths.
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -13,6 +13,7 @@
 #include "Scenarios.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
+#include "config/files/PathCheck.h"
 
 namespace {
 
@@ -54,9 +55,20 @@ void Run(Scanner& line, Scanner settings) {
   if (line.Take("| ")) Compare("sections", line.Column(), file.Sections());
 }
 
+// `PATH | DIRECTORY`, or `make PATH | DIRECTORY`
+void RunPath(Scanner& line, Scanner) {
+  TestFiles::Clear();
+  const bool makes = line.Take("make");
+  const Configuration::PathCheck check(line.Text().c_str(), makes);
+  line.Need("|");
+  Compare("directory", line.Text(), check.Text());
+  if (makes && !check.Exists()) throw std::logic_error("it is not there");
+}
+
 const bool kRules = Scenarios::Register("FlatFile", "flat.txt", Run<FlatFile>) &&
                     Scenarios::Register("FlatFile", "files.txt", Run<FlatFile>) &&
                     Scenarios::Register("SectionFile", "sectioned.txt", Run<SectionFile>) &&
-                    Scenarios::Register("SectionFile", "files.txt", Run<SectionFile>);
+                    Scenarios::Register("SectionFile", "files.txt", Run<SectionFile>) &&
+                    Scenarios::Register("PathCheck", "paths.txt", RunPath);
 
 }  // namespace

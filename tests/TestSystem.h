@@ -9,16 +9,12 @@
 /// per system implements it.
 namespace TestSystem {
 
-/// The reasons in `errno`: for a directory opened as a file, and for a range that another process
-/// has locked.
-extern const int kDirectoryError, kLockedError;
+/// The reason in `errno` for a range that another process has locked.
+extern const int kLockedError;
 
 /// Whether text mode is a mode of its own: CR LF is read as LF, LF written as CR LF, and 0x1A ends
 /// the input.
 extern const bool kHasTextMode;
-
-/// Whether a path may start with a drive; there is one named C.
-extern const bool kHasDrives;
 
 /// Files that this process has open.
 int OpenFiles();

@@ -33,9 +33,9 @@ std::shared_ptr<void> LockRange(const char* path, short type, long offset, long 
 
 }  // namespace
 
-const int kDirectoryError = EISDIR, kLockedError = EAGAIN;
+const int kLockedError = EAGAIN;
 
-const bool kHasTextMode = false, kHasDrives = false;
+const bool kHasTextMode = false;
 
 int OpenFiles() {
   return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));

@@ -9,9 +9,9 @@
 
 namespace TestSystem {
 
-const int kDirectoryError = EACCES, kLockedError = EACCES;
+const int kLockedError = EACCES;
 
-const bool kHasTextMode = true, kHasDrives = true;
+const bool kHasTextMode = true;
 
 int OpenFiles() {
   int count = 0;
