@@ -3,8 +3,6 @@
 #define ZELCONFUTILS_TESTS_FAILING_NEW_H
 
 #include <functional>
-#include <optional>
-#include <stdexcept>
 
 /// Replaces the global `operator new` of the program that links FailingNew.cpp, so that one chosen
 /// allocation throws `std::bad_alloc` and every block is counted.
@@ -21,24 +19,6 @@ long AllBlocks();
 /// operation threw `std::bad_alloc`. Returns the number of allocations that were made to fail.
 int ForEachAllocation(const std::function<void()>& operation,
                       const std::function<void(bool failed)>& check);
-
-/// The same for `operation` on a `Fixture` that is made anew for each run. Throws when memory is
-/// left after the end of a `Fixture`.
-template <class Fixture>
-int ForEachAllocationOn(const std::function<void(Fixture&)>& operation,
-                        const std::function<void(Fixture&, bool failed)>& check) {
-  std::optional<Fixture> fixture(std::in_place);
-  long live = 0;
-  const auto run = [&] {
-    live = LiveBlocks();
-    operation(*fixture);
-  };
-  return ForEachAllocation(run, [&](bool failed) {
-    check(*fixture, failed);
-    fixture.emplace();
-    if (LiveBlocks() != live) throw std::logic_error("a leak");
-  });
-}
 
 }  // namespace FailingNew
 

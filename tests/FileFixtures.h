@@ -52,11 +52,8 @@ template <class Base>
 class FileFixture : public Base {
  public:
   static constexpr bool kHasSections = std::is_base_of_v<Configuration::MultiSectionFile, Base>;
+  static constexpr FileTokens kUsualTokens = kHasSections ? kPresetTokens : kFlatTokens;
 
-  /// A real file with that content.
-  explicit FileFixture(std::string_view content,
-                       const FileTokens& with = kHasSections ? kPresetTokens : kFlatTokens)
-      : FileFixture(with, TestFiles::Written(content).c_str()) {}
   FileFixture(const FileTokens& with, const char* source, bool create = false, bool reads = false,
               bool isText = false) requires kHasSections
       : Base(source, create, reads, isText, with.keyword, with.start, with.stop, with.separator,

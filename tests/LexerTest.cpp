@@ -4,10 +4,10 @@
 
 #include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -94,7 +94,7 @@ void RunTokens(Scanner& line, Scanner) {
 
 // Its hook reads `limit` tokens at most, and throws instead where that is 0.
 struct Reader : ZelParser {
-  Reader() { read.reserve(30000); }
+  explicit Reader(const std::string& given) : text(given) { read.reserve(30000); }
   bool Parse(void* context) override {
     if (context != &limit) throw std::runtime_error("another context");
     if (limit == 0) throw std::runtime_error("hook");
@@ -112,7 +112,7 @@ struct Reader : ZelParser {
         break;
       } catch (const std::bad_alloc&) {
       } catch (const std::exception& failure) {
-        return typeid(failure) == typeid(std::exception) ? "no file" : failure.what();
+        return failure.what();
       }
     }
     return (result ? "true " : "false ") + Quoted(read);
@@ -122,7 +122,7 @@ struct Reader : ZelParser {
   }
   std::string ReadText(int tokens) { return Read(&ZelParser::ParseBuffer, text.c_str(), tokens); }
 
-  static inline std::string text;
+  const std::string text;
   std::string read;
   int limit = 0;
 };
@@ -132,15 +132,17 @@ const std::vector<Scenarios::Call<Reader>> kParserCalls = {SCENARIO_CALL(ReadFil
 
 // `TEXT | CALL = RESULT; CALL`, with each allocation failing once
 void RunParser(Scanner& line, Scanner) {
-  Reader::text = line.Text();
-  TestFiles::Write(TestFiles::Path("%a"), Reader::text, std::ios::binary);
+  const std::string text = line.Text();
+  TestFiles::Write(TestFiles::Path("%a"), text, std::ios::binary);
   line.Need("|");
   const Scanner calls = line;
-  const auto run = [&](Reader& reader) {
-    line = calls;
-    Scenarios::RunCalls(line, reader, kParserCalls);
-  };
-  FailingNew::ForEachAllocationOn<Reader>(run, [](Reader&, bool) {});
+  std::optional<Reader> reader(std::in_place, text);
+  FailingNew::ForEachAllocation(
+      [&] {
+        line = calls;
+        Scenarios::RunCalls(line, *reader, kParserCalls);
+      },
+      [&](bool) { reader.emplace(text); });
 }
 
 const bool kRules = Scenarios::Register("LineSources", "lines.txt", RunLines) &&

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "Calls.h"
+#include "FailingNew.h"
 #include "Quoted.h"
+#include "TestFiles.h"
 
 /// Runs the files of tests/scenarios: each `[Rule]` is a test of that name, and each line below it
 /// a scenario, which a family of classes reads and carries out.
@@ -140,10 +142,12 @@ class Rule : public testing::Test {
  private:
   void TestBody() override {
     for (const Row& row : rows_) {
+      const long blocks = FailingNew::LiveBlocks();
       try {
         Scanner line(row.line);
         run_(line, Scanner(row.settings));
         Compare("columns", "", line.Column(""));
+        Compare("blocks left", "0", std::to_string(FailingNew::LiveBlocks() - blocks));
       } catch (const std::exception& failure) {
         ADD_FAILURE_AT(path_.c_str(), row.number) << row.line << '\n' << failure.what();
       }
@@ -157,6 +161,7 @@ class Rule : public testing::Test {
 
 /// Makes the tests of a file, once. Throws when it has none.
 inline bool Register(const char* suite, const char* name, Runner run) {
+  TestFiles::Path("");  // the directory of all of them is to hold memory from here on
   const std::string path = std::string(ZELCONFUTILS_SCENARIOS "/") + name;
   std::ifstream file(path);
   std::shared_ptr<std::vector<Row>> rows;

@@ -2,6 +2,7 @@
 // The scenarios of section records and of their tree, and what does not fit into one.
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -103,9 +104,8 @@ struct Records {
 
 // The records of a row, and what its call takes.
 struct Fixture : Records {
-  Fixture() : Records(before) {}
-  Records other = Records(given);
-  static inline std::string before, given;
+  Fixture(const std::string& before, const std::string& given) : Records(before), other(given) {}
+  Records other;
 };
 
 std::string ResultText(Fixture&, Node*) { return ""; }
@@ -155,17 +155,18 @@ const std::vector<Scenarios::Call<Fixture>> kCalls = {
 // `RECORDS | CALL = RESULT | RECORDS AFTERWARDS`, which are as before where an allocation fails.
 void Run(Scenarios::Scanner& line, Scenarios::Scanner) {
   Scenarios::Arguments with;
-  Fixture::before = line.Text();
+  const std::string before = line.Text();
   line.Need("|");
   const auto& call = line.TakeCall(kCalls, with);
-  Fixture::given = with.text;
   const std::string result = line.Take("=") ? line.Column() : "";
-  const std::string after = line.Take("|") ? line.Text() : Fixture::before;
-  FailingNew::ForEachAllocationOn<Fixture>(
-      [&](Fixture& on) { Compare("result", result, call.run(on, with)); },
-      [&](Fixture& on, bool failed) {
-        Compare("records", Quoted(failed ? Fixture::before : after), Quoted(on.Text()));
-      });
+  const std::string after = line.Take("|") ? line.Text() : before;
+  std::optional<Fixture> on(std::in_place, before, with.text);
+  FailingNew::ForEachAllocation([&] { Compare("result", result, call.run(*on, with)); },
+                                [&](bool failed) {
+                                  Compare("records", Quoted(failed ? before : after),
+                                          Quoted(on->Text()));
+                                  on.emplace(before, with.text);
+                                });
 }
 
 const bool kRules = Scenarios::Register("SectionRecords", "records.txt", Run);
