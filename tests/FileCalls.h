@@ -3,6 +3,7 @@
 #define ZELCONFUTILS_TESTS_FILE_CALLS_H
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -70,7 +71,7 @@ std::vector<FileCall<File>> AllCalls() {
     all.push_back(
         CALL(SetCurrentEntry(value), SetCurrentOutside(value)));
   } else {
-    all.insert(all.end(), {
+    all.insert(all.end(), std::initializer_list<FileCall<File>>{
         CALL(GotoSection(key), Goto(on.sections, key)),
         CALL(GotoNextSection(), GotoNext(on.sections)),
         CALL(GotoPreviousSection(), GotoPrevious(on.sections)),
