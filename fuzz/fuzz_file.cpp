@@ -5,7 +5,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "../tests/FailingNew.h"

@@ -59,10 +59,9 @@ struct Documents {
   void Append(const char* text) { std::ofstream("a", std::ios::app) << text; }
   void Assign(const CsvDocument& given) {
     const std::string before = State();
-    const auto check = [&](bool failed) {
-      if (failed) Compare("state", before, State());
-    };
-    FailingNew::ForEachAllocation([&] { *document = given; }, check);
+    FailingNew::ForEachAllocation(
+        [&] { *document = given; },
+        [&](bool failed) { Compare("state", failed ? before : State(), State()); });
   }
 
   const int openFiles = TestSystem::OpenFiles();
@@ -94,10 +93,7 @@ void Run(Scenarios::Scanner& line, Scenarios::Scanner) {
   TestFiles::Write(TestFiles::Path("a"), line.Text(), std::ios::binary);
   line.Need("|");
   const int openFiles = TestSystem::OpenFiles();
-  {
-    Documents documents;
-    Scenarios::RunCalls(line, documents, kCalls);
-  }
+  Scenarios::RunCalls(line, Documents(), kCalls);
   Compare("files left open", "0", std::to_string(TestSystem::OpenFiles() - openFiles));
 }
 
@@ -117,12 +113,15 @@ TEST(CsvRow, FieldsAreTheRowsOwnAndWrapAt65536) {
   EXPECT_EQ(CsvDocumentRow(copy).GetField(65535), text);
 }
 
-TEST(CsvRow, AWideRowGetsRoomForTheWholeRecordAtOnce) {
+TEST(CsvRow, AWideRowGetsRoomForTheWholeRecordAtOnceAndGivesItBack) {
   namespace RowMemory = zelconfutils::RowMemory;
   RowMemory::Fields fields(RowMemory::kKeptFields);
   RowMemory::AddField(fields, ",a,,\n", ',');
   EXPECT_EQ(fields.size(), RowMemory::kKeptFields + 1);
   EXPECT_EQ(fields.capacity(), RowMemory::kKeptFields + 1 + 3);
+  fields[0] = "a";
+  RowMemory::Truncate(fields, 2);
+  EXPECT_EQ(fields, (RowMemory::Fields{"a", ""}));
 }
 
 }  // namespace

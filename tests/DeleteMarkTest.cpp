@@ -23,7 +23,8 @@ template <class File>
 std::string Effect(const char* text, const FileCall<File>& call, Scenarios::Arguments with) {
   bool marks[2];
   for (const bool marked : {false, true}) {
-    File file(File::kUsualTokens, TestFiles::Written(text).c_str());
+    TestFiles::Write(TestFiles::Path("file"), text);
+    File file(File::kUsualTokens, "file");
     bool isDeleted = file.DeleteEntry("x");
     if constexpr (File::kHasSections) {
       isDeleted = isDeleted || file.DeleteSectionEntry("x") || file.DeleteSection("x") < 3;

@@ -2,9 +2,7 @@
 #ifndef ZELCONFUTILS_TESTS_FILE_FIXTURES_H
 #define ZELCONFUTILS_TESTS_FILE_FIXTURES_H
 
-#include <cstddef>
 #include <string>
-#include <string_view>
 #include <type_traits>
 
 #include "Calls.h"

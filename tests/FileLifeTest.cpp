@@ -3,8 +3,6 @@
 // when that fails, and what they keep when memory runs out.
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -44,8 +42,7 @@ TYPED_TEST(FileLife, AssignmentSharesAllMembers) {
 // added again, so that blocks of each size are taken and used anew.
 TYPED_TEST(FileLife, EachLineKeepsToItsOwnBytes) {
   const auto line = [](std::size_t key, std::size_t more) {
-    return std::to_string(key) + "=" + std::string(key + more, static_cast<char>('a' + more % 26)) +
-           "\n";
+    return std::to_string(key) + "=" + std::string(key + more, "abc"[more % 3]) + "\n";
   };
   const auto set = [](TypeParam& file, const std::string& text) {
     const std::size_t is = text.find('=');
@@ -165,9 +162,9 @@ TYPED_TEST(FileLife, ACoalescedSaveThatFindsNoMemoryFails) {
 // --- Classes that stand alone ---
 
 TEST(MultiSectionConfigFile, HasItsTokensWhateverItsThirdArgument) {
-  const std::string path = TestFiles::Written("x = 1\nsection a {\n# k=0\nk=1\n}\n");
+  TestFiles::Write(TestFiles::Path("file"), "x = 1\nsection a {\n# k=0\nk=1\n}\n");
   for (const bool ignored : {false, true}) {
-    Configuration::MultiSectionConfigFile file(path.c_str(), false, ignored, true, false);
+    Configuration::MultiSectionConfigFile file("file", false, ignored, true, false);
     char image[80];
     EXPECT_TRUE(file.GotoSection("a") && file.GetSecEntryCount() == 1);
     EXPECT_TRUE(file.AddSection("b", false) && file.AddSectionEntry("k", "2"));

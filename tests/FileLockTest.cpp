@@ -33,7 +33,8 @@ struct OpenFile : Platform::File {
 };
 
 TEST(FileLock, OfAnotherProgramIsWaitedFor) {
-  const std::string path = TestFiles::Written("a=1\n"), empty = TestFiles::Path("empty");
+  const std::string path = TestFiles::Path("file"), empty = TestFiles::Path("empty");
+  TestFiles::Write(path, "a=1\n");
   TestFiles::Write(empty, "");
   for (const TestSystem::TakeLock take : TestSystem::kForeignLocks) {
     auto lock = take(path.c_str());
@@ -63,7 +64,8 @@ TEST(FileLock, OfAnotherProgramIsWaitedFor) {
 }
 
 TEST(FileLock, OfOursKeepsEveryOtherOutOfTheBytesOfTheFileAndNoneAfterThem) {
-  const std::string path = TestFiles::Written("a=1\n");
+  const std::string path = TestFiles::Path("file");
+  TestFiles::Write(path, "a=1\n");
   for (const OpenMode mode : kModes) {
     SCOPED_TRACE("mode " + std::to_string(static_cast<int>(mode)));
     const OpenFile file(path, mode);

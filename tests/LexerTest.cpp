@@ -156,14 +156,13 @@ TEST(LexerObject, AnAssignmentIsWholeOrChangesNothing) {
   lexer.GetToken();
   const ZelLexToken* const record = target.GetToken();
   const BufferIterator rest = other;
-  FailingNew::ForEachAllocation([&] { target = lexer; },
-                                [&](bool failed) {
-                                  EXPECT_EQ(record->text, failed ? "a" : wide);
-                                  EXPECT_EQ(AllTokens(target),
-                                            failed ? R"(blank " " word "b" newline "\n" word "c")"
-                                                   : R"(unknown "" digits "1")");
-                                  other = rest;
-                                });
+  const char* const former = R"(blank " " word "b" newline "\n" word "c")";
+  const auto check = [&](bool failed) {
+    EXPECT_EQ(record->text, failed ? "a" : wide);
+    EXPECT_EQ(AllTokens(target), failed ? former : R"(unknown "" digits "1")");
+    other = rest;
+  };
+  FailingNew::ForEachAllocation([&] { target = lexer; }, check);
   EXPECT_EQ(target.GetToken(), record) << "the one record of the lexer";
   target.GetToken();
   EXPECT_EQ(target.GetToken(), nullptr);

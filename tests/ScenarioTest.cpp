@@ -35,7 +35,7 @@ void Run(Scanner& line, Scanner settings) {
   const std::string before = isNamed ? "" : text;
   std::string after = before;
   TestFiles::Clear();
-  TestFiles::Written(before);
+  TestFiles::Write("file", before);
   const auto make = [&] { return File(tokens, isNone ? nullptr : path.c_str(), creates, reads); };
   const auto image = [&] { return make().Image(); };
   const int openFiles = TestSystem::OpenFiles();

@@ -24,7 +24,6 @@ namespace Scenarios {
 class Scanner {
  public:
   explicit Scanner(std::string_view line) : rest(line) {}
-  bool AtEnd() { return Take("") && rest.empty(); }
   bool Take(std::string_view token) {
     while (rest.starts_with(' ')) rest.remove_prefix(1);
     if (!rest.starts_with(token)) return false;
@@ -98,7 +97,7 @@ class Scanner {
 
  private:
   bool TakeAs(std::string_view call, Arguments& arguments) {
-    for (Scanner expected(call); !expected.AtEnd(); expected.rest.remove_prefix(1)) {
+    for (Scanner expected(call); !expected.rest.empty(); expected.rest.remove_prefix(1)) {
       const std::string name = expected.Word();
       expected.Take("");
       if (HasText()) {
@@ -184,7 +183,7 @@ inline bool Register(const char* suite, const char* name, Runner run) {
 /// `CALL = RESULT; CALL`, on `object`. The result is the message where the call throws one, and
 /// what it left in its buffers stands after it.
 template <class Object, class Calls>
-void RunCalls(Scanner& line, Object& object, const Calls& calls) {
+void RunCalls(Scanner& line, Object&& object, const Calls& calls) {
   do {
     Arguments with;
     const auto& call = line.TakeCall(calls, with);

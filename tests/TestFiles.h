@@ -46,12 +46,6 @@ inline void Write(const std::string& path, std::string_view text, std::ios::open
   std::ofstream(path, mode).write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
-/// A file with that text, always the same one; its path.
-inline std::string Written(std::string_view text) {
-  Write(Path("file"), text);
-  return Path("file");
-}
-
 inline std::string Read(const std::string& path, std::ios::openmode mode = {}) {
   std::ifstream file(path, mode);
   return {std::istreambuf_iterator<char>(file), {}};
