@@ -32,8 +32,7 @@ void Run(Scanner& line, Scanner settings) {
   const bool isNone = line.Take("none"), creates = line.Take("create"), reads = line.Take("read");
   const bool isNamed = creates || reads || line.Take("open");
   const std::string text = isNone ? "" : line.Text(), path = isNamed ? text : "file";
-  const std::string before = isNamed ? "" : text;
-  std::string after = before;
+  std::string before = isNamed ? "" : text, after = before;
   TestFiles::Clear();
   TestFiles::Write("file", before);
   const auto make = [&] { return File(tokens, isNone ? nullptr : path.c_str(), creates, reads); };
