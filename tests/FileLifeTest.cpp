@@ -79,7 +79,7 @@ TYPED_TEST(FileLife, IsReadAndWrittenInTextMode) {
 // --- Memory ---
 
 TEST(TextPool, UsesNothingThatItHasReleased) {
-  for (const std::size_t capacity : {20, 300}) {  // in a slab, and on its own
+  for (const std::size_t capacity : {20u, 300u}) {  // in a slab, and on its own
     Configuration::TextPool pool;
     char* const text = pool.Take(capacity);
     EXPECT_EQ(Configuration::TextPool::Capacity(text), capacity);
