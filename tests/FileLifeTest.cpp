@@ -12,6 +12,7 @@
 #include "SmartBuffer.h"
 #include "TestFiles.h"
 #include "TestSystem.h"
+#include "config/memory/Poison.h"
 #include "config/memory/TextPool.h"
 
 namespace {
@@ -78,11 +79,12 @@ TYPED_TEST(FileLife, IsReadAndWrittenInTextMode) {
 
 // --- Memory ---
 
-TEST(TextPool, UsesNothingThatItHasReleased) {
-  for (const std::size_t capacity : {20u, 300u}) {  // in a slab, and on its own
+TEST(TextPool, TextsLieSideBySideAndNothingReleasedIsUsed) {
+  for (const std::size_t capacity : {22u, 300u}) {  // in a slab, and on its own
     Configuration::TextPool pool;
     char* const text = pool.Take(capacity);
     EXPECT_EQ(Configuration::TextPool::Capacity(text), capacity);
+    EXPECT_TRUE(capacity > 22 || pool.Take(22) == text + 24 + Configuration::Poison::kGapBytes);
     pool.Give(text);
     pool.Reset();
     const long before = FailingNew::AllBlocks();

@@ -2,7 +2,6 @@
 // The scenarios of the two file classes, and of the check of their paths.
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -58,8 +57,7 @@ void RunPath(Scanner& line, Scanner) {
   const bool makes = line.Take("make");
   const Configuration::PathCheck check(line.Text().c_str(), makes);
   line.Need("|");
-  Compare("directory", line.Text(), check.Text());
-  if (makes && !check.Exists()) throw std::logic_error("it is not there");
+  Compare("directory", line.Text(), makes && !check.Exists() ? "(not there)" : check.Text());
 }
 
 const bool kRules = Scenarios::Register("FlatFile", "flat.txt", Run<FlatFile>) &&
